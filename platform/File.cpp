@@ -1,10 +1,13 @@
 #include "platform/File.h"
 
+#include "platform/Number.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QUuid>
+#include <chrono>
 #include <filesystem>
 
 namespace fs = std::filesystem;
@@ -59,8 +62,7 @@ std::optional<QString> readText(const QString &path)
     const std::optional<QByteArray> bytes = readBytes(path);
     if (!bytes || !QUtf8StringView(*bytes).isValidUtf8())
         return std::nullopt;
-    return QString::fromUtf8(bytes->startsWith("\xEF\xBB\xBF") ? QByteArrayView(*bytes).sliced(3)
-                                                               : QByteArrayView(*bytes));
+    return QString::fromUtf8(*bytes); // which leaves the mark out
 }
 
 bool write(const QString &path, QByteArrayView content)
@@ -148,6 +150,13 @@ QString joined(const QString &base, const QString &component)
     if (endsWith && startsWith)
         return base + component.mid(1);
     return endsWith || startsWith ? base + component : base + u'/' + component;
+}
+
+QString timeStamp()
+{
+    using namespace std::chrono;
+    const auto now = duration_cast<microseconds>(system_clock::now().time_since_epoch()).count();
+    return QString::fromLatin1(Number::fixed(double(now) / 1e6, 6));
 }
 
 } // namespace File
