@@ -1,0 +1,126 @@
+#pragma once
+
+#include "Classes/Delegate/PositionRect.h"
+#include "Classes/Delegate/WorkspaceBackup.h"
+#include "linklist/PrivateView.h"
+#include "platform/ui/WindowController.h"
+
+#include <QPointer>
+#include <array>
+#include <memory>
+
+class Matrix;
+class QAbstractButton;
+class QLineEdit;
+class RunLoopTimer;
+class Slider;
+class WebView;
+
+// One settings session: the window in which a person edits the box's place and its list of links and sees the
+// preview. Every edit is written to the workspace at once; a backup of the workspace, taken when the window
+// opens, is what Cancel goes back to. The host sets the workspace and the modal mode before it first asks for
+// the window, and reads closeMode and isCloseBundle after the close.
+class PluginSettingsDelegate : public WindowController, public PrivateViewDelete
+{
+    Q_OBJECT
+
+public:
+    static constexpr qint64 applyMode = 1;
+    static constexpr qint64 revertMode = 0;
+
+    // Empty when there is no interface file for the window. A nil language leaves the process's language as
+    // it is, a nil bundle path stands for the main bundle.
+    static std::unique_ptr<PluginSettingsDelegate> initWithLanguageCode(const QString &languageCode,
+                                                                        const QString &bundlePath);
+    ~PluginSettingsDelegate() override;
+
+    // The plug-in's folder of the book; nil until the window loads means the default one.
+    QString workSpace() const { return m_workSpace; }
+    void setWorkSpace(const QString &workSpace) { m_workSpace = workSpace; }
+    QString bundlePath() const { return m_bundlePath; }
+    void setBundlePath(const QString &bundlePath) { m_bundlePath = bundlePath; }
+
+    // True once the window has closed.
+    bool isCloseBundle() const { return m_isCloseBundle; }
+    void setIsCloseBundle(bool isCloseBundle) { m_isCloseBundle = isCloseBundle; }
+
+    // Whether the window runs modally; read when the window loads.
+    bool isModalMode() const { return m_isModalMode; }
+    void setIsModalMode(bool isModalMode) { m_isModalMode = isModalMode; }
+    void setModalMode(bool isModalMode) { setIsModalMode(isModalMode); }
+
+    // How the session ends: 1 applies, anything else reverts.
+    qint64 closeMode() const { return m_closeMode; }
+    void setCloseMode(qint64 closeMode) { m_closeMode = closeMode; }
+
+    QString backupSettingPath() const { return m_backup.path(); }
+    void setBackupSettingPath(const QString &path) { m_backup.setPath(path); }
+
+    void awakeFromNib() override;
+    void windowWillClose() override;
+
+    void onOK(QObject *sender = nullptr);
+    void onCancel(QObject *sender = nullptr);
+    void onDefaultSetting(QObject *sender = nullptr);
+
+    // Settings files, backup and undo. Failures are silent towards the person; true means that all of it was
+    // done.
+    void loadSettings();
+    bool loadSettingFromFile(const QString &path);
+    void saveGlobalSettings() override;
+    bool saveInitialSettings() { return m_backup.save(m_workSpace); }
+    bool undoSettings() { return m_backup.undo(m_workSpace); }
+    bool clearBackupSettings() { return m_backup.clear(); }
+
+    // Position and transparency controls.
+    void controlTextDidChange(QWidget *field);
+    static QString checkStringFrom(const QString &text);
+    void onTransparency(QObject *sender = nullptr);
+
+    // Live preview.
+    void timerRepeat();
+    void refreshPreview();
+    void loadMainPage();
+
+    const PositionRect &ptRect() const { return m_ptRect; }
+    bool isChange() const { return m_isChange; }
+    PrivateView *privateView() const { return m_privateView; }
+
+private:
+    struct MarginField {
+        const char *name;
+        double (PositionRect::*margin)() const;
+        void (PositionRect::*setMargin)(double);
+    };
+    static const std::array<MarginField, 4> marginFields;
+
+    PluginSettingsDelegate();
+    void initialParaments();
+    void findOutlets();
+    void loadPrivateView();
+    void showMargins();
+    bool savePreviewPage() const;
+    void stripWorkspace(const QStringList &files) const;
+    void arrangeButtons();
+    QString inWorkspace(const char *name) const;
+
+    QString m_workSpace;
+    QString m_bundlePath;
+    bool m_isCloseBundle = false;
+    bool m_isModalMode = false;
+    qint64 m_closeMode = revertMode;
+    PositionRect m_ptRect;
+    WorkspaceBackup m_backup;
+    bool m_isOKCancelButton = false;
+    bool m_isEnding = false;
+    bool m_isChange = false;
+    std::unique_ptr<RunLoopTimer> m_repeatTimer;
+
+    // Parts of the window; each is null when the interface file has none of that name.
+    std::array<QPointer<QLineEdit>, 4> m_margins;
+    QPointer<QLineEdit> m_txtTransparency;
+    QPointer<Slider> m_sldTrans;
+    QPointer<Matrix> m_matLayer;
+    QPointer<WebView> m_iWebView;
+    QPointer<PrivateView> m_privateView;
+};

@@ -1,0 +1,208 @@
+#include "linklist/PrivateView.h"
+
+#include "Classes/Delegate/PluginSettingsInfo.h"
+#include "linklist/LinkListModel.h"
+#include "platform/Bundle.h"
+#include "platform/File.h"
+#include "platform/Number.h"
+#include "platform/ui/Field.h"
+#include "platform/ui/Stepper.h"
+#include "text/ColorButtonCell.h"
+
+#include <QAbstractButton>
+#include <QHeaderView>
+#include <QLineEdit>
+#include <QPainter>
+#include <QTableView>
+
+PrivateView::PrivateView(QWidget *parent)
+    : QWidget(parent)
+    , m_model(new LinkListModel(this))
+{
+}
+
+void PrivateView::findOutlets()
+{
+    const auto find = [this]<typename T>(QPointer<T> &outlet, const char *name) {
+        outlet = findChild<T *>(QLatin1String(name));
+    };
+    find(m_titleContent, "txtTitleContent");
+    find(m_titleSize.field, "txtTitleFontSize");
+    find(m_titleSize.stepper, "stTitleFontSize");
+    find(m_titleColor, "btnTitleFontColor");
+    find(m_bodySize.field, "txtBodyFontSize");
+    find(m_bodySize.stepper, "stBodyFontSize");
+    find(m_bodyColor, "btnBodyFontColor");
+    find(m_tableView, "tableView");
+    find(m_save, "btnSave");
+}
+
+void PrivateView::loadDispInfo()
+{
+    m_files.clear();
+    findOutlets();
+    PluginSettingsInfo info;
+    info.setWorkSpace(m_workSpace);
+    info.setIdentifier(QStringLiteral("linklist"));
+    info.setBundlePath(m_bundlePath);
+    // A workspace that cannot be prepared shows as an empty editor, which saves nothing.
+    info.loadWorkspace();
+    if (const std::unique_ptr<pugi::xml_document> document = info.getXMLFromWorkspace())
+        loadPrivateSetting(document->document_element());
+
+    if (m_tableView) {
+        m_tableView->setModel(m_model);
+        m_tableView->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+        m_tableView->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    }
+    for (QLineEdit *field : {m_titleContent.data(), m_titleSize.field.data(), m_bodySize.field.data()}) {
+        Field::onTextChange(field, this, [this](QLineEdit *changed) { controlTextDidChange(changed); });
+        if (field)
+            connect(field, &QLineEdit::editingFinished, this, &PrivateView::commitEditing);
+    }
+    for (const FontSize &size : {m_titleSize, m_bodySize}) {
+        if (size.stepper)
+            connect(size.stepper, &Stepper::stepped, this, [this, size] { onStepperChange(size.stepper); });
+    }
+    if (m_save)
+        connect(m_save, &QAbstractButton::clicked, this, [this] { onSave(m_save); });
+}
+
+void PrivateView::loadPrivateSetting(const pugi::xml_node &element)
+{
+    findOutlets();
+    m_loaded = LinkListDocument::read(element);
+    if (m_loaded.titleContent)
+        Field::putText(m_titleContent, *m_loaded.titleContent);
+    if (m_loaded.titleFontSize)
+        showFontSize(m_titleSize, *m_loaded.titleFontSize);
+    if (m_loaded.bodyFontSize)
+        showFontSize(m_bodySize, *m_loaded.bodyFontSize);
+    if (m_titleColor && m_loaded.titleColor)
+        m_titleColor->setBackgroundColor(m_loaded.titleColor);
+    if (m_bodyColor && m_loaded.bodyColor)
+        m_bodyColor->setBackgroundColor(m_loaded.bodyColor);
+    m_model->append(m_loaded.items);
+}
+
+LinkListSettings PrivateView::settings() const
+{
+    LinkListSettings settings = m_loaded;
+    if (m_titleContent)
+        settings.titleContent = m_titleContent->text();
+    if (m_titleSize.field)
+        settings.titleFontSize = m_titleSize.field->text();
+    if (m_bodySize.field)
+        settings.bodyFontSize = m_bodySize.field->text();
+    if (m_titleColor)
+        settings.titleColor = m_titleColor->backgroundColor();
+    if (m_bodyColor)
+        settings.bodyColor = m_bodyColor->backgroundColor();
+    settings.items = m_model->items();
+    return settings;
+}
+
+bool PrivateView::savePrivateSetting(const pugi::xml_node &element) const
+{
+    return LinkListDocument::write(element, settings());
+}
+
+bool PrivateView::onSave(QObject *)
+{
+    if (!File::isFolder(m_workSpace))
+        return false;
+    const auto result = LinkListDocument::save(settings(), settingFileInWorkspace(), settingFileInApp());
+    if (result == LinkListDocument::SaveResult::NoDocument)
+        return false;
+    if (m_ower)
+        m_ower->saveGlobalSettings();
+    return result == LinkListDocument::SaveResult::Saved;
+}
+
+QString PrivateView::settingFileInWorkspace() const
+{
+    return File::joined(m_workSpace, LinkListDocument::fileName());
+}
+
+QString PrivateView::settingFileInApp() const
+{
+    const Bundle bundle = File::exists(m_bundlePath) ? Bundle(m_bundlePath) : Bundle::mainBundle();
+    return File::joined(bundle.resourcePath(), QStringLiteral("data/") + LinkListDocument::fileName());
+}
+
+bool PrivateView::saveFile2Workspace(const QString &path)
+{
+    return LinkListDocument::saveFile2Workspace(path, m_workSpace);
+}
+
+QString PrivateView::stringWithNumber(const QString &text)
+{
+    QString digits;
+    for (const QChar c : text) {
+        if (c >= u'0' && c <= u'9')
+            digits += c;
+    }
+    return digits;
+}
+
+void PrivateView::showFontSize(const FontSize &size, const QString &text)
+{
+    Field::putText(size.field, text);
+    if (size.stepper)
+        size.stepper->setIntegerValue(Number::toInteger(text));
+}
+
+void PrivateView::controlTextDidChange(QWidget *field)
+{
+    if (!field || !m_isEditable)
+        return;
+    for (const FontSize &size : {m_titleSize, m_bodySize}) {
+        if (field == size.field)
+            showFontSize(size, stringWithNumber(size.field->text()));
+    }
+    if (field == m_titleContent || field == m_titleSize.field || field == m_bodySize.field)
+        onSave();
+}
+
+void PrivateView::onStepperChange(Stepper *sender)
+{
+    for (const FontSize &size : {m_titleSize, m_bodySize}) {
+        if (sender && sender == size.stepper && m_isEditable) {
+            Field::putText(size.field, QString::number(size.stepper->integerValue()));
+            onSave();
+        }
+    }
+}
+
+// A size that is empty or has leading zeros is no number to a script: the stepper's takes its place.
+bool PrivateView::completeFontSize(const FontSize &size)
+{
+    if (!size.field || !size.stepper)
+        return false;
+    const QString text = size.field->text();
+    if (!text.isEmpty() && (text == QLatin1String("0") || !text.startsWith(u'0')))
+        return false;
+    Field::putText(size.field, QString::number(size.stepper->integerValue()));
+    return true;
+}
+
+void PrivateView::commitEditing()
+{
+    if (!m_isEditable)
+        return;
+    const bool hasTitleSize = completeFontSize(m_titleSize);
+    if (completeFontSize(m_bodySize) || hasTitleSize)
+        onSave();
+}
+
+void PrivateView::paintEvent(QPaintEvent *)
+{
+    constexpr qreal cornerRadius = 4;
+    constexpr qreal lineWidth = 2;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Qt::gray, lineWidth));
+    constexpr qreal inset = lineWidth / 2;
+    painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), cornerRadius,
+                            cornerRadius);
+}

@@ -1,0 +1,111 @@
+#pragma once
+
+#include "linklist/LinkListDocument.h"
+
+#include <QPointer>
+#include <QStringList>
+#include <QWidget>
+
+class ColorButtonCell;
+class LinkListModel;
+class QAbstractButton;
+class QLineEdit;
+class QTableView;
+class Stepper;
+
+// Who is told that the link list was saved. Not owned by the view; outlives it or is unset first.
+class PrivateViewDelete
+{
+public:
+    virtual ~PrivateViewDelete() = default;
+    virtual void saveGlobalSettings() = 0;
+};
+
+// The link-list editor: heading, font sizes, colours and the table of links. It shows the settings document
+// of the workspace and writes every completed change back to it at once. Its parts are found by their object
+// names in the interface file that it came from, and any of them may be missing there.
+class PrivateView : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit PrivateView(QWidget *parent = nullptr);
+
+    QString workSpace() const { return m_workSpace; }
+    void setWorkSpace(const QString &workSpace) { m_workSpace = workSpace; }
+    QString bundlePath() const { return m_bundlePath; }
+    void setBundlePath(const QString &bundlePath) { m_bundlePath = bundlePath; }
+    PrivateViewDelete *ower() const { return m_ower; }
+    void setOwer(PrivateViewDelete *ower) { m_ower = ower; }
+
+    // Once, after workspace, bundle and owner are set: prepares the workspace and shows its document.
+    void loadDispInfo();
+
+    // Shows a parsed document, given its root; its items are added behind those that are there.
+    void loadPrivateSetting(const pugi::xml_node &element);
+    // Merges what is shown into a parsed document, given its root. False when it has no place for a link
+    // list.
+    bool savePrivateSetting(const pugi::xml_node &element) const;
+
+    // Saves the document and asks the owner to save the global settings. False, and nothing is done, without
+    // a workspace folder or without any document that can be read; false also when the file could not be
+    // written, of which the owner is told all the same.
+    bool onSave(QObject *sender = nullptr);
+
+    QString settingFileInWorkspace() const;
+    QString settingFileInApp() const;
+    bool saveFile2Workspace(const QString &path);
+    // Files in the workspace that the list refers to, by relative names. A list of links refers to none.
+    QStringList locateFiles() const { return m_files; }
+    static QString convertHttpFormat(const QString &link)
+    {
+        return LinkListDocument::convertHttpFormat(link);
+    }
+
+    // Whether the preview may follow a link to the web: never.
+    bool ignoreOpenURL() const { return false; }
+
+    // The text without anything but the digits 0 to 9.
+    static QString stringWithNumber(const QString &text);
+
+    void controlTextDidChange(QWidget *field);
+    void onStepperChange(Stepper *sender);
+
+    // Commits what is still being edited and saves it where that changed something.
+    void commitEditing();
+    // After this nothing that the fields tell is saved any more; for a window that is about to go.
+    void endEditing() { m_isEditable = false; }
+
+    const LinkListModel *model() const { return m_model; }
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    struct FontSize {
+        QPointer<QLineEdit> field;
+        QPointer<Stepper> stepper;
+    };
+
+    void findOutlets();
+    LinkListSettings settings() const;
+    void showFontSize(const FontSize &size, const QString &text);
+    bool completeFontSize(const FontSize &size);
+
+    QString m_workSpace;
+    QString m_bundlePath;
+    PrivateViewDelete *m_ower = nullptr;
+    QStringList m_files;
+    LinkListModel *m_model;
+    bool m_isEditable = true;
+
+    QPointer<QLineEdit> m_titleContent;
+    FontSize m_titleSize;
+    FontSize m_bodySize;
+    QPointer<ColorButtonCell> m_titleColor;
+    QPointer<ColorButtonCell> m_bodyColor;
+    QPointer<QTableView> m_tableView;
+    QPointer<QAbstractButton> m_save;
+    // What the document told and no part of the interface shows: kept as it was.
+    LinkListSettings m_loaded;
+};
