@@ -1,0 +1,7 @@
+#pragma once
+
+#include "platform/File.h"
+
+#include <QAbstractTableModel>
+#include <QWebEngineView>
+#include <QWidget>

@@ -1,0 +1,6 @@
+#pragma once
+
+#include "linklist/LinkListModel.h"
+#include "linklist/Newcomer.h"
+
+#include <QWidget>

@@ -1,0 +1,4 @@
+#include "platform/File.h"
+
+#include "File.h"
+#include "platform/Missing.h"

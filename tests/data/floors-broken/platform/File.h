@@ -1,0 +1,6 @@
+#pragma once
+
+#include <QString>
+#include <QtCore/QObject>
+#include <qglobal.h>
+#include <vector>

@@ -1,0 +1,3 @@
+#include "platform/ui/Slider.h"
+
+#include <plugin/Factory.h>

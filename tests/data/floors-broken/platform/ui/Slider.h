@@ -1,0 +1,5 @@
+#pragma once
+
+#include "linklist/LinkListModel.h"
+
+#include <QSlider>

@@ -1,0 +1,5 @@
+#pragma once
+
+#include "host/Book.h"
+#include "linklist/PrivateView.h"
+#include "plugin/PluginSettingsInterface.h"

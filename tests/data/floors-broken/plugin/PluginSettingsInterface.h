@@ -1,0 +1,5 @@
+#pragma once
+
+#include "platform/File.h"
+
+#include <QString>

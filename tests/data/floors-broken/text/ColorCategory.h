@@ -1,0 +1,5 @@
+#pragma once
+
+#include <QColor>
+#include <QtGui/QColor>
+#include <qcolor.h>
