@@ -8,8 +8,10 @@ cmake_minimum_required(VERSION 3.22)
 set(floors
     "1 platform/"
 
+    "2 Classes/Mode/LastDocument"
     "2 Classes/Mode/Locale"
     "2 Classes/Mode/Log/Log"
+    "2 Classes/Mode/ScriptBuffer"
     "2 Classes/Mode/UtilityFunction"
     "2 Classes/Mode/Xml"
     "2 Classes/Mode/security"
@@ -35,7 +37,9 @@ set(floors
     "5 Classes/Delegate/SimpleCell"
     "5 Classes/Delegate/TableViewProtocol"
     "5 Classes/Delegate/TransitionBGView"
+    "5 linklist/LinkCellDelegate"
     "5 linklist/PrivateView"
+    "5 linklist/PrivateViewEditing"
     "5 text/ColorButtonCell"
     "5 text/ColorPanelDelegate"
     "5 text/SelectedCell"

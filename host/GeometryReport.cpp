@@ -1,5 +1,6 @@
 #include "host/GeometryReport.h"
 
+#include <QCoreApplication>
 #include <QEvent>
 #include <QFile>
 #include <QTimer>
@@ -7,10 +8,9 @@
 
 GeometryReport::GeometryReport(QWidget *window, const QString &path)
     : QObject(window)
-    , m_window(window)
     , m_path(path)
 {
-    window->installEventFilter(this);
+    QCoreApplication::instance()->installEventFilter(this);
     // A host knows the window's parts by their names alone.
     if (const QWidget *view = window->findChild<QWidget *>(QStringLiteral("iWebView")))
         connect(view, SIGNAL(loadFinished(bool)), this, SLOT(reportPreview()));
@@ -18,17 +18,20 @@ GeometryReport::GeometryReport(QWidget *window, const QString &path)
 
 bool GeometryReport::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() == QEvent::Paint && !m_isWritten) {
-        m_isWritten = true;
+    if (event->type() == QEvent::Show) {
+        m_shown.insert(watched);
+    } else if (event->type() == QEvent::Paint && m_shown.remove(watched)) {
         // After the first painting the window manager has placed the window.
-        QTimer::singleShot(0, this, &GeometryReport::reportParts);
+        const QPointer<QWidget> window(qobject_cast<QWidget *>(watched));
+        if (window && window->isWindow())
+            QTimer::singleShot(0, window, [this, window] { reportParts(window); });
     }
     return QObject::eventFilter(watched, event);
 }
 
-void GeometryReport::reportParts()
+void GeometryReport::reportParts(const QWidget *window)
 {
-    const QList<QWidget *> parts = m_window->findChildren<QWidget *>();
+    const QList<QWidget *> parts = window->findChildren<QWidget *>();
     for (const QWidget *part : parts) {
         if (part->objectName().isEmpty() || !part->isVisible())
             continue;

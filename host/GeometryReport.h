@@ -1,13 +1,15 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
+#include <QSet>
 #include <QString>
 
 class QWidget;
 
 // For scripts that use the real mouse: writes one line for each named part of a window, "name x y width
-// height" in screen coordinates, once the window is shown, and "preview loaded" after each load of its
-// preview. Owned by the window.
+// height" in screen coordinates, whenever one of the application's windows has been shown, and "preview
+// loaded" after each load of the settings window's preview. Owned by the settings window.
 class GeometryReport : public QObject
 {
     Q_OBJECT
@@ -22,10 +24,9 @@ private Q_SLOTS:
     void reportPreview();
 
 private:
-    void reportParts();
+    void reportParts(const QWidget *window);
     void append(const QString &line);
 
-    QWidget *m_window;
     QString m_path;
-    bool m_isWritten = false;
+    QSet<QObject *> m_shown; // and not painted yet
 };

@@ -70,7 +70,8 @@ int runSession(const Options &options)
     QPluginLoader loader(modulePath(options.bundle));
     auto *plugin = qobject_cast<PluginSettingsInterface *>(loader.instance());
     if (!plugin)
-        return failed(QStringLiteral("cannot load the plug-in: ") + loader.errorString());
+        return failed(QStringLiteral("cannot load the plug-in ") + modulePath(options.bundle)
+                      + QStringLiteral(": ") + loader.errorString());
 
     const std::unique_ptr<PluginSettings> session
         = plugin->initWithLanguageCode(options.language, options.bundle);

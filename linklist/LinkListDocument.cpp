@@ -1,5 +1,6 @@
 #include "linklist/LinkListDocument.h"
 
+#include "Classes/Mode/LastDocument.h"
 #include "Classes/Mode/UtilityFunction.h"
 #include "Classes/Mode/Xml.h"
 #include "platform/File.h"
@@ -73,6 +74,50 @@ pugi::xml_node writeBody(pugi::xml_node extended, const LinkListSettings &settin
     generateXmlWithType(body, "color", color, "color");
     return body.append_child("content");
 }
+// Whether the node is what generateXmlWithType would make.
+bool isTextLeaf(const pugi::xml_node &node, std::string_view name, const QString &text)
+{
+    const pugi::xml_attribute type = node.first_attribute();
+    const pugi::xml_node child = node.first_child();
+    const bool isInOnePiece
+        = child ? child.type() == pugi::node_pcdata && !child.next_sibling() && *node.value() == '\0' : true;
+    return node.name() == name && std::string_view(type.name()) == "type"
+        && std::string_view(type.value()) == "text" && !type.next_attribute() && isInOnePiece
+        && QAnyStringView(Xml::cleaned(text)) == QUtf8StringView(child ? child.value() : node.value());
+}
+
+bool isItem(const pugi::xml_node &node, const LinkItem &item)
+{
+    const pugi::xml_node link = node.first_child();
+    const pugi::xml_node title = link.next_sibling();
+    return std::string_view(node.name()) == "item" && !node.first_attribute() && *node.value() == '\0'
+        && isTextLeaf(link, "link", item.link) && isTextLeaf(title, "title", item.title)
+        && !title.next_sibling();
+}
+
+// Makes the items all that is in the element. An edit nearly always leaves most of them as they are: those
+// that come before the first difference stay.
+void writeItems(pugi::xml_node content, const QList<LinkItem> &items)
+{
+    pugi::xml_node node = *content.value() == '\0' ? content.first_child() : pugi::xml_node();
+    auto item = items.begin();
+    for (; item != items.end() && node && isItem(node, *item); ++item)
+        node = node.next_sibling();
+    if (item == items.begin()) {
+        Xml::removeContent(content);
+    } else {
+        while (node) {
+            const pugi::xml_node after = node.next_sibling();
+            content.remove_child(node);
+            node = after;
+        }
+    }
+    for (; item != items.end(); ++item) {
+        const pugi::xml_node element = content.append_child("item");
+        generateXmlWithType(element, "link", item->link, "text");
+        generateXmlWithType(element, "title", item->title, "text");
+    }
+}
 } // namespace
 
 QString fileName()
@@ -109,26 +154,32 @@ bool write(const pugi::xml_node &root, const LinkListSettings &settings)
     pugi::xml_node content = writeBody(extended, settings);
     if (!content)
         return true;
-    content.remove_children();
-    for (const LinkItem &item : settings.items) {
-        const pugi::xml_node element = content.append_child("item");
-        generateXmlWithType(element, "link", item.link, "text");
-        generateXmlWithType(element, "title", item.title, "text");
-    }
+    writeItems(content, settings.items);
     return true;
 }
 
 SaveResult save(const LinkListSettings &settings, const QString &path, const QString &defaultPath)
 {
-    Xml::ParseResult parsed = Xml::parseFile(path);
-    if (!parsed)
-        parsed = Xml::parseFile(defaultPath);
+    Xml::ParseResult parsed;
+    for (const QString &source : {path, defaultPath}) {
+        const std::optional<QByteArray> bytes = parsed ? std::nullopt : Xml::readFile(source);
+        if (bytes)
+            parsed = Xml::checked(LastDocument::take(*bytes));
+    }
     if (!parsed)
         return SaveResult::NoDocument;
     // A document without a place for the list is written back as it is.
-    write(parsed.document->document_element(), settings);
-    const bool isWritten = File::write(path, Xml::serialize(parsed.document->document_element()));
-    return isWritten ? SaveResult::Saved : SaveResult::NotWritten;
+    const pugi::xml_node root = parsed.document->document_element();
+    // Blank text beside a new heading or body would count no longer when it is read again.
+    const bool isReadAlike
+        = Xml::lastChild(extendedOf(root), "title") && Xml::lastChild(extendedOf(root), "body");
+    write(root, settings);
+    const QByteArray utf8 = Xml::serialize(root);
+    if (!File::write(path, utf8))
+        return SaveResult::NotWritten;
+    if (isReadAlike)
+        LastDocument::keep(utf8, std::move(parsed.document));
+    return SaveResult::Saved;
 }
 
 bool saveFile2Workspace(const QString &path, const QString &workSpace)

@@ -1,10 +1,10 @@
 #include "linklist/PrivateView.h"
 
 #include "Classes/Delegate/PluginSettingsInfo.h"
+#include "linklist/LinkCellDelegate.h"
 #include "linklist/LinkListModel.h"
 #include "platform/Bundle.h"
 #include "platform/File.h"
-#include "platform/Number.h"
 #include "platform/ui/Field.h"
 #include "platform/ui/Stepper.h"
 #include "text/ColorButtonCell.h"
@@ -18,6 +18,7 @@
 PrivateView::PrivateView(QWidget *parent)
     : QWidget(parent)
     , m_model(new LinkListModel(this))
+    , m_cells(new LinkCellDelegate(this))
 {
 }
 
@@ -34,7 +35,13 @@ void PrivateView::findOutlets()
     find(m_bodySize.stepper, "stBodyFontSize");
     find(m_bodyColor, "btnBodyFontColor");
     find(m_tableView, "tableView");
+    find(m_content, "txtContent");
+    find(m_link, "txtLink");
     find(m_save, "btnSave");
+    find(m_add, "btnAdd");
+    find(m_remove, "btnRemove");
+    find(m_moveUp, "btnMoveUp");
+    find(m_moveDown, "btnMoveDown");
 }
 
 void PrivateView::loadDispInfo()
@@ -50,22 +57,10 @@ void PrivateView::loadDispInfo()
     if (const std::unique_ptr<pugi::xml_document> document = info.getXMLFromWorkspace())
         loadPrivateSetting(document->document_element());
 
-    if (m_tableView) {
-        m_tableView->setModel(m_model);
-        m_tableView->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
-        m_tableView->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    }
-    for (QLineEdit *field : {m_titleContent.data(), m_titleSize.field.data(), m_bodySize.field.data()}) {
-        Field::onTextChange(field, this, [this](QLineEdit *changed) { controlTextDidChange(changed); });
-        if (field)
-            connect(field, &QLineEdit::editingFinished, this, &PrivateView::commitEditing);
-    }
-    for (const FontSize &size : {m_titleSize, m_bodySize}) {
-        if (size.stepper)
-            connect(size.stepper, &Stepper::stepped, this, [this, size] { onStepperChange(size.stepper); });
-    }
-    if (m_save)
-        connect(m_save, &QAbstractButton::clicked, this, [this] { onSave(m_save); });
+    connectFields();
+    connectButtons();
+    setUpTable();
+    refreshEditInfo();
 }
 
 void PrivateView::loadPrivateSetting(const pugi::xml_node &element)
@@ -133,66 +128,6 @@ QString PrivateView::settingFileInApp() const
 bool PrivateView::saveFile2Workspace(const QString &path)
 {
     return LinkListDocument::saveFile2Workspace(path, m_workSpace);
-}
-
-QString PrivateView::stringWithNumber(const QString &text)
-{
-    QString digits;
-    for (const QChar c : text) {
-        if (c >= u'0' && c <= u'9')
-            digits += c;
-    }
-    return digits;
-}
-
-void PrivateView::showFontSize(const FontSize &size, const QString &text)
-{
-    Field::putText(size.field, text);
-    if (size.stepper)
-        size.stepper->setIntegerValue(Number::toInteger(text));
-}
-
-void PrivateView::controlTextDidChange(QWidget *field)
-{
-    if (!field || !m_isEditable)
-        return;
-    for (const FontSize &size : {m_titleSize, m_bodySize}) {
-        if (field == size.field)
-            showFontSize(size, stringWithNumber(size.field->text()));
-    }
-    if (field == m_titleContent || field == m_titleSize.field || field == m_bodySize.field)
-        onSave();
-}
-
-void PrivateView::onStepperChange(Stepper *sender)
-{
-    for (const FontSize &size : {m_titleSize, m_bodySize}) {
-        if (sender && sender == size.stepper && m_isEditable) {
-            Field::putText(size.field, QString::number(size.stepper->integerValue()));
-            onSave();
-        }
-    }
-}
-
-// A size that is empty or has leading zeros is no number to a script: the stepper's takes its place.
-bool PrivateView::completeFontSize(const FontSize &size)
-{
-    if (!size.field || !size.stepper)
-        return false;
-    const QString text = size.field->text();
-    if (!text.isEmpty() && (text == QLatin1String("0") || !text.startsWith(u'0')))
-        return false;
-    Field::putText(size.field, QString::number(size.stepper->integerValue()));
-    return true;
-}
-
-void PrivateView::commitEditing()
-{
-    if (!m_isEditable)
-        return;
-    const bool hasTitleSize = completeFontSize(m_titleSize);
-    if (completeFontSize(m_bodySize) || hasTitleSize)
-        onSave();
 }
 
 void PrivateView::paintEvent(QPaintEvent *)

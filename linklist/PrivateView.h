@@ -2,12 +2,16 @@
 
 #include "linklist/LinkListDocument.h"
 
+#include <QPersistentModelIndex>
 #include <QPointer>
 #include <QStringList>
 #include <QWidget>
 
 class ColorButtonCell;
+class ColorPanelDelegate;
+class LinkCellDelegate;
 class LinkListModel;
+class QLabel;
 class QAbstractButton;
 class QLineEdit;
 class QTableView;
@@ -21,9 +25,10 @@ public:
     virtual void saveGlobalSettings() = 0;
 };
 
-// The link-list editor: heading, font sizes, colours and the table of links. It shows the settings document
-// of the workspace and writes every completed change back to it at once. Its parts are found by their object
-// names in the interface file that it came from, and any of them may be missing there.
+// The link-list editor: heading, font sizes, colours, the table of links and two fields for the selected one.
+// It shows the settings document of the workspace and writes every completed change back to it at once. Its
+// parts are found by their object names in the interface file that it came from, and any of them may be
+// missing there.
 class PrivateView : public QWidget
 {
     Q_OBJECT
@@ -68,8 +73,29 @@ public:
     // The text without anything but the digits 0 to 9.
     static QString stringWithNumber(const QString &text);
 
+    // A field's text has changed by typing; its editing has ended.
     void controlTextDidChange(QWidget *field);
+    void controlTextDidEndEditing(QWidget *field);
     void onStepperChange(Stepper *sender);
+
+    // The table's buttons. Removing asks first; moving gathers the selected rows into one block.
+    void onAdd(QObject *sender = nullptr);
+    void onRemove(QObject *sender = nullptr);
+    void onMoveUp(QObject *sender = nullptr);
+    void onMoveDown(QObject *sender = nullptr);
+    void checkButtonStatus();
+    // Shows the selected row's item in the two fields.
+    void refreshEditInfo();
+    // A cell was edited: the title as typed, the link normalised. Nothing happens outside the table.
+    void setObjectValue(const QString &value, int column, int row);
+    // The current row if it is selected, else the highest selected one; -1 for none.
+    int selectedRow() const;
+
+    // Lets the person choose the button's colour. The window is raised meanwhile and floats afterwards.
+    void onOpenColorPanel(ColorButtonCell *button);
+    void onChangeColor(ColorButtonCell *button);
+    void onChangedPanelColor(ColorPanelDelegate *chooser);
+    void refreshCellColor(ColorPanelDelegate *chooser);
 
     // Commits what is still being edited and saves it where that changed something.
     void commitEditing();
@@ -88,6 +114,15 @@ private:
     };
 
     void findOutlets();
+    void connectFields();
+    void connectButtons();
+    void setUpTable();
+    void addShortcuts();
+    void showHint();
+    QList<int> selectedRows() const;
+    void selectRows(const QList<int> &rows);
+    void scheduleEditInfo();
+    void move(QList<int> (LinkListModel::*step)(const QList<int> &));
     LinkListSettings settings() const;
     void showFontSize(const FontSize &size, const QString &text);
     bool completeFontSize(const FontSize &size);
@@ -105,7 +140,20 @@ private:
     QPointer<ColorButtonCell> m_titleColor;
     QPointer<ColorButtonCell> m_bodyColor;
     QPointer<QTableView> m_tableView;
+    QPointer<QLabel> m_hint;
+    QPointer<QLineEdit> m_content;
+    QPointer<QLineEdit> m_link;
     QPointer<QAbstractButton> m_save;
+    QPointer<QAbstractButton> m_add;
+    QPointer<QAbstractButton> m_remove;
+    QPointer<QAbstractButton> m_moveUp;
+    QPointer<QAbstractButton> m_moveDown;
+    LinkCellDelegate *m_cells;
+    // The item shown in the two fields; it follows its row.
+    QPersistentModelIndex m_selectedItem;
+    bool m_isEditInfoDue = false;
+    // The field in which something was typed since its last edit ended.
+    QPointer<QLineEdit> m_edited;
     // What the document told and no part of the interface shows: kept as it was.
     LinkListSettings m_loaded;
 };

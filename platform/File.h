@@ -48,8 +48,8 @@ QStringList subpaths(const QString &folder);
 // Two paths joined with exactly one separator; either may be empty.
 QString joined(const QString &base, const QString &component);
 
-// The current time in seconds since 1970 with six decimals: a name that is not taken yet, for backups and
-// temporary folders.
+// The current time in seconds since 1970 with six decimals: the name of a backup or a temporary folder,
+// another one each microsecond.
 QString timeStamp();
 
 } // namespace File

@@ -1,3 +1,4 @@
+#include "Classes/Mode/LastDocument.h"
 #include "Classes/Mode/Xml.h"
 #include "linklist/LinkListDocument.h"
 #include "platform/File.h"
@@ -211,6 +212,14 @@ private Q_SLOTS:
     void saveLeavesTheDefaultDocumentAlone();
     void saveIntoAMissingFolderFails();
     void savedFileIsReadAlikeByAnotherReader();
+    void changeOfAnotherProgramBetweenSavesIsKept_data();
+    void changeOfAnotherProgramBetweenSavesIsKept();
+    void documentDeletedBetweenSavesStartsFromTheDefault();
+    void documentReplacedByAFolderBetweenSavesStartsFromTheDefault();
+    void failedWriteIsNotTakenForWritten();
+    void twoWorkspacesTakeTurns();
+    void savesOneAfterTheOtherWriteWhatFreshOnesWould();
+    void blankTextBesideANewHeadingIsReadAlike();
 
     void copiesAFileIntoTheWorkspace();
     void fileInTheWorkspaceStays();
@@ -840,6 +849,157 @@ void tst_LinkListDocument::savedFileIsReadAlikeByAnotherReader()
                           QStringLiteral("color=0xFF8000"), QStringLiteral("number=12"),
                           QStringLiteral("color=0x0000FF"), QStringLiteral("text=http://a/?b=1&c=<2>"),
                           QStringLiteral("text=") + title}));
+}
+
+void tst_LinkListDocument::changeOfAnotherProgramBetweenSavesIsKept_data()
+{
+    QTest::addColumn<QByteArray>("mine");
+    QTest::newRow("same size") << QByteArray("<mine>2</mine>");
+    QTest::newRow("other size") << QByteArray("<mine>another</mine>");
+}
+
+void tst_LinkListDocument::changeOfAnotherProgramBetweenSavesIsKept()
+{
+    QFETCH(QByteArray, mine);
+    put(at("ws/linklist.xml"), extended("<mine>1</mine>" + newTitle + newBody));
+    for (int i = 0; i < 10; ++i) {
+        QCOMPARE(save(), SaveResult::Saved);
+        QFile file(at("ws/linklist.xml")); // in place, so that not even the file is another one
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        const QByteArray changed = file.readAll().replace("<mine>1</mine>", mine);
+        QVERIFY(file.seek(0) && file.write(changed) == changed.size());
+        file.close();
+        QCOMPARE(save(), SaveResult::Saved);
+        QCOMPARE(get(at("ws/linklist.xml")), extended(mine + newTitle + newBody));
+        put(at("ws/linklist.xml"), extended("<mine>1</mine>" + newTitle + newBody));
+    }
+}
+
+void tst_LinkListDocument::documentDeletedBetweenSavesStartsFromTheDefault()
+{
+    put(at("ws/linklist.xml"), extended("<mine>1</mine>" + newTitle + newBody));
+    put(at("data/linklist.xml"), extended("<default>1</default>"));
+    QCOMPARE(save(), SaveResult::Saved);
+    QVERIFY(QFile::remove(at("ws/linklist.xml")));
+    QCOMPARE(save(), SaveResult::Saved);
+    QCOMPARE(get(at("ws/linklist.xml")), extended("<default>1</default>" + newTitle + newBody));
+    QVERIFY(QFile::remove(at("ws/linklist.xml")));
+    QVERIFY(QFile::remove(at("data/linklist.xml")));
+    QCOMPARE(save(), SaveResult::NoDocument);
+    QVERIFY(!File::exists(at("ws/linklist.xml")));
+}
+
+void tst_LinkListDocument::documentReplacedByAFolderBetweenSavesStartsFromTheDefault()
+{
+    put(at("ws/linklist.xml"), extended("<mine>1</mine>" + newTitle + newBody));
+    QCOMPARE(save(), SaveResult::Saved);
+    QVERIFY(QFile::remove(at("ws/linklist.xml")));
+    put(at("ws/linklist.xml/file"), "x");
+    QCOMPARE(save(), SaveResult::NoDocument);
+    put(at("data/linklist.xml"), extended("<default>1</default>"));
+    QCOMPARE(save(), SaveResult::NotWritten);
+    QCOMPARE(get(at("ws/linklist.xml/file")), QByteArray("x"));
+}
+
+void tst_LinkListDocument::failedWriteIsNotTakenForWritten()
+{
+    const QByteArray before = extended("<mine>1</mine>" + newTitle + newBody);
+    put(at("ws/linklist.xml"), before);
+    QCOMPARE(save(), SaveResult::Saved);
+    LinkListSettings changed = someSettings();
+    changed.titleContent = QStringLiteral("Not written");
+    // Read from the workspace's document, written to where nothing can be written.
+    QCOMPARE(LinkListDocument::save(changed, at("none/linklist.xml"), at("ws/linklist.xml")),
+             SaveResult::NotWritten);
+    QCOMPARE(get(at("ws/linklist.xml")), before);
+    changed = someSettings();
+    changed.items.clear();
+    QCOMPARE(save(changed), SaveResult::Saved);
+    QCOMPARE(
+        get(at("ws/linklist.xml")),
+        QByteArray(before).replace(newItem, "").replace("<content></content></body>", "<content/></body>"));
+}
+
+void tst_LinkListDocument::twoWorkspacesTakeTurns()
+{
+    put(at("a/linklist.xml"), extended("<mine>a</mine>" + newTitle + newBody));
+    put(at("b/linklist.xml"), extended("<mine>b</mine>" + newTitle + newBody));
+    LinkListSettings settings = someSettings();
+    for (int i = 0; i < 10; ++i) {
+        for (const char *name : {"a", "b"}) {
+            settings.titleContent = QString::fromLatin1(name) + QString::number(i);
+            QCOMPARE(LinkListDocument::save(
+                         settings, m_folder->filePath(QLatin1String(name)) + QStringLiteral("/linklist.xml"),
+                         QString()),
+                     SaveResult::Saved);
+        }
+    }
+    QCOMPARE(get(at("a/linklist.xml")),
+             extended("<mine>a</mine>" + QByteArray(newTitle).replace("New", "a9") + newBody));
+    QCOMPARE(get(at("b/linklist.xml")),
+             extended("<mine>b</mine>" + QByteArray(newTitle).replace("New", "b9") + newBody));
+}
+
+void tst_LinkListDocument::savesOneAfterTheOtherWriteWhatFreshOnesWould()
+{
+    static const QList<QByteArray> documents{
+        extended(newTitle + newBody),
+        extended("<!--c-->x" + newTitle + "<?p q?>" + newBody + "<![CDATA[y]]>"),
+        extended("<title>a<b>c</b><content>x<!--c--><b>y</b></content></title> " + newBody),
+        extended("<title/><body>x<content> <item> </item>" + newItem + newItem + "y</content></body>"),
+        extended(newTitle + "<body><content>x" + newItem + "</content></body>"),
+        extended(newTitle + "<body><content><item a=\"1\"/>" + newItem + "</content></body>"),
+        extended(" "),
+        extended("&#13;<mine>&#13;&#10; &#9;</mine>"),
+    };
+    static const QStringList texts{QString(),
+                                   QStringLiteral(" "),
+                                   QStringLiteral("T"),
+                                   QStringLiteral("L"),
+                                   QStringLiteral("a\rb\r\n"),
+                                   QStringLiteral("<&>]]>\""),
+                                   QStringLiteral("é\U0001F600\x01"),
+                                   QString(QChar(0xD800)) + QChar(0xFFFD)};
+    QRandomGenerator random(3);
+    const auto text = [&random] { return texts[random.bounded(int(texts.size()))]; };
+    for (const QByteArray &document : documents) {
+        put(at("ws/linklist.xml"), document);
+        put(at("fresh/linklist.xml"), document);
+        LinkListSettings settings = someSettings();
+        for (int i = 0; i < 15; ++i) {
+            if (random.bounded(3) == 0)
+                settings.titleContent = text();
+            if (random.bounded(3) == 0)
+                settings.items.insert(random.bounded(int(settings.items.size()) + 1), {text(), text()});
+            if (random.bounded(4) == 0 && !settings.items.isEmpty())
+                settings.items.removeAt(random.bounded(int(settings.items.size())));
+            if (random.bounded(3) == 0 && !settings.items.isEmpty())
+                settings.items[random.bounded(int(settings.items.size()))].link = text();
+            QCOMPARE(save(settings), SaveResult::Saved);
+            Xml::Draft kept = LastDocument::take(get(at("ws/linklist.xml")));
+            const Xml::ParseResult read = Xml::parse(get(at("ws/linklist.xml")));
+            QVERIFY(kept.parsed && read);
+            QCOMPARE(LinkListDocument::read(kept.parsed.document->document_element()),
+                     LinkListDocument::read(read.document->document_element()));
+            QCOMPARE(Xml::text(kept.parsed.document->document_element()),
+                     Xml::text(read.document->document_element()));
+            LastDocument::forget();
+            QCOMPARE(LinkListDocument::save(settings, at("fresh/linklist.xml"), QString()),
+                     SaveResult::Saved);
+            QCOMPARE(get(at("ws/linklist.xml")), get(at("fresh/linklist.xml")));
+            LastDocument::keep(get(at("ws/linklist.xml")), std::move(kept.parsed.document));
+        }
+    }
+}
+
+void tst_LinkListDocument::blankTextBesideANewHeadingIsReadAlike()
+{
+    put(at("ws/linklist.xml"), extended(" "));
+    QCOMPARE(save(), SaveResult::Saved);
+    const QByteArray once = get(at("ws/linklist.xml"));
+    const Xml::Draft draft = LastDocument::take(once);
+    QCOMPARE(Xml::text(draft.parsed.document->document_element()),
+             Xml::text(Xml::parse(once).document->document_element()));
 }
 
 void tst_LinkListDocument::copiesAFileIntoTheWorkspace()

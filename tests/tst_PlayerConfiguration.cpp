@@ -1,4 +1,5 @@
 #include "Classes/Delegate/PluginSettingsInfo.h"
+#include "Classes/Mode/LastDocument.h"
 #include "Classes/Mode/Xml.h"
 #include "platform/File.h"
 #include "tests/support/Fixtures.h"
@@ -344,6 +345,11 @@ private Q_SLOTS:
     void documentOnDiskIsNotChanged();
     void identifierNamesTheDocument();
     void rootOfAnotherNameIsWrittenWithItsKey();
+
+    void whatIsNoDocumentIsToldWhileWriting_data();
+    void whatIsNoDocumentIsToldWhileWriting();
+    void configurationFollowsTheDocument();
+    void configurationOfTheKeptDocumentIsThatOfItsFile();
 
     void rectangle_data();
     void rectangle();
@@ -739,6 +745,87 @@ void tst_PlayerConfiguration::rootOfAnotherNameIsWrittenWithItsKey()
     put(at("settings.dat"), "0\n0\n0\n0\n0\n0");
     QVERIFY(generate());
     QCOMPARE(get(at("config.js")), mark + "var config=\"root\":{\"opacity\":1.000000};");
+}
+
+void tst_PlayerConfiguration::whatIsNoDocumentIsToldWhileWriting_data()
+{
+    QTest::addColumn<QByteArray>("xml");
+    const auto row = [](const char *name, const QByteArray &xml) { QTest::newRow(name) << xml; };
+    const auto nested
+        = [](int levels) { return QByteArray("<a>").repeated(levels) + QByteArray("</a>").repeated(levels); };
+    row("ordinary", linkList);
+    row("256 levels", nested(256));
+    row("257 levels", nested(257));
+    row("200,000 levels", nested(200'000));
+    row("257 levels in a leaf", "<info><x type='text'>" + nested(255) + "</x></info>");
+    row("256 levels in a leaf", "<info><x type='text'>" + nested(254) + "</x></info>");
+    row("two attributes", "<info><a type='text' b='1'>x</a></info>");
+    row("repeated attribute", "<info><a type='text' type='text'>x</a></info>");
+    row("repeated attribute of an item", "<info><item a='1' a='1'/></info>");
+    row("repeated attribute of the root", "<info a='1' a='1'/>");
+    row("repeated attribute in a leaf", "<info><a type='text'>x<b c='1' c='2'/></a></info>");
+    row("repeated attribute in an overridden leaf",
+        "<info><opacity type='text'><b c='1' c='2'/></opacity></info>");
+    row("less-than in an attribute", "<info><a type='<'>x</a></info>");
+    row("less-than in another attribute", "<info><a b='<'>x</a></info>");
+    row("less-than in an item's attribute", "<info><item b='<'/></info>");
+    row("another attribute", "<info><a b='1'>x</a></info>");
+    row("unknown type", "<info><a type='other'>x</a></info>");
+    row("names beyond ascii", "<info><caf\xC3\xA9 type='text'>x</caf\xC3\xA9></info>");
+    row("name that is none", "<info><a\xC3\x97 type='text'>x</a\xC3\x97></info>");
+    row("attribute name that is none", "<info><a \xC3\x97='text'>x</a></info>");
+    row("name that is none in a leaf", "<info><a type='text'><b\xC3\x97/></a></info>");
+    row("comments and instructions", "<info><!--c--><item/><?item p?></info>");
+    row("instruction alone", "<info><x><?item p?></x></info>");
+    row("broken", "<info>");
+}
+
+void tst_PlayerConfiguration::whatIsNoDocumentIsToldWhileWriting()
+{
+    QFETCH(QByteArray, xml);
+    const Xml::ParseResult parsed = Xml::parse(xml);
+    const std::optional<QByteArray> text = info().jsonFromDocument(xml, QString());
+    QCOMPARE(text.has_value(), bool(parsed));
+    if (parsed)
+        QCOMPARE(*text, info().jsonFromXml(parsed.document->document_element(), QString()));
+    put(at("linklist.xml"), xml);
+    put(at("settings.dat"), "0\n0\n0\n0\n0\n0");
+    for (int i = 0; i < 2; ++i) {
+        QCOMPARE(generate(), bool(parsed));
+        QCOMPARE(File::exists(at("config.js")), bool(parsed));
+    }
+}
+
+void tst_PlayerConfiguration::configurationFollowsTheDocument()
+{
+    put(at("settings.dat"), "0\n0\n0\n0\n0\n0");
+    for (int i = 0; i < 20; ++i) {
+        const QByteArray number = QByteArray::number(i % 10);
+        put(at("linklist.xml"), "<info><a type=\"number\">" + number + "</a></info>");
+        QVERIFY(generate());
+        QCOMPARE(get(at("config.js")), mark + "var config={\"a\":" + number + "};");
+    }
+    QVERIFY(QFile::remove(at("linklist.xml")));
+    QVERIFY(!generate());
+    QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("linklist.xml")));
+    QVERIFY(!generate());
+}
+
+void tst_PlayerConfiguration::configurationOfTheKeptDocumentIsThatOfItsFile()
+{
+    put(at("linklist.xml"), linkList);
+    for (int i = 0; i < 20; ++i) {
+        put(at("settings.dat"), QByteArray::number(i) + "\n20\n30\n40\n" + QByteArray::number(5 * i) + "\n2");
+        QVERIFY(generate());
+        const QByteArray kept = get(at("config.js"));
+        LastDocument::forget();
+        QVERIFY(generate());
+        QCOMPARE(kept, get(at("config.js")));
+    }
+    // Nothing of the rectangle went into the document itself.
+    const Xml::Draft draft = LastDocument::take(linkList);
+    QCOMPARE(Xml::serialize(draft.parsed.document->document_element()),
+             Xml::serialize(Xml::parse(linkList).document->document_element()));
 }
 
 void tst_PlayerConfiguration::rectangle_data()

@@ -1,3 +1,4 @@
+#include "Classes/Delegate/EditView/OZEditView.h"
 #include "Classes/Delegate/PluginSettingsDelegate/PluginSettingsDelegate.h"
 #include "Classes/Delegate/PluginSettingsInfo.h"
 #include "Classes/Mode/Locale.h"
@@ -21,6 +22,8 @@
 #include <QRegularExpression>
 #include <QTemporaryFile>
 #include <QTimer>
+#include <QWindow>
+#include <sys/inotify.h>
 #include <unistd.h>
 
 using Fixtures::get;
@@ -86,6 +89,12 @@ private Q_SLOTS:
     void movedSliderShowsOneDecimalAndStoresSinglePrecision();
     void layerClickWaitsForTheNextSave();
     void layerWithoutACellIsKept();
+    void dragOfAHundredStepsSavesOnceAndTheFieldsFollowLive();
+    void typingMovesTheFrameToTheLastDecimal();
+    void defaultButtonMovesTheFrame();
+    void damagedSettingsStayEditableAndValid_data();
+    void damagedSettingsStayEditableAndValid();
+    void frameComesBetweenTheMarginsInTheTabOrder();
 
 private:
     std::unique_ptr<Controller> open();
@@ -812,6 +821,139 @@ void tst_PluginSettingsDelegate::layerWithoutACellIsKept()
     QCOMPARE(part<Matrix>(*controller, "matLayer")->selectedTag(), std::nullopt);
     type(field(*controller, "txtLeft"), "8");
     QCOMPARE(settings().value(5), QByteArray("9223372036854775807"));
+    controller->onCancel();
+}
+
+void tst_PluginSettingsDelegate::dragOfAHundredStepsSavesOnceAndTheFieldsFollowLive()
+{
+    put(m_bundle->inWorkSpace("settings.dat"), "10\n20\n60\n30\n0\n1");
+    const auto controller = open();
+    controller->showWindow();
+    QVERIFY(QTest::qWaitForWindowExposed(controller->window()));
+    auto *view = part<PositionView>(*controller, "positionView");
+    QWindow *window = controller->window()->windowHandle();
+    const QPoint start = view->mapTo(controller->window(), view->objectView()->geometry().center());
+    const QByteArray before = get(m_bundle->inWorkSpace("settings.dat"));
+
+    const int watch = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    QVERIFY(inotify_add_watch(watch, qPrintable(m_bundle->workSpace()), IN_CREATE | IN_MOVED_TO) >= 0);
+    QTest::mousePress(window, Qt::LeftButton, {}, start);
+    for (int step = 1; step <= 100; ++step) {
+        QTest::mouseMove(window, start + QPoint(step / 2, step % 10));
+        const PositionRect &rect = view->getPositionRect();
+        QVERIFY(controller->ptRect() == rect);
+        QCOMPARE(field(*controller, "txtLeft")->text(), QString::asprintf("%.1f", rect.left()));
+        QCOMPARE(field(*controller, "txtTop")->text(), QString::asprintf("%.1f", rect.top()));
+        QCOMPARE(field(*controller, "txtRight")->text(), QString::asprintf("%.1f", rect.right()));
+        QCOMPARE(field(*controller, "txtBottom")->text(), QString::asprintf("%.1f", rect.bottom()));
+    }
+    QCOMPARE(get(m_bundle->inWorkSpace("settings.dat")), before);
+    QTest::mouseRelease(window, Qt::LeftButton, {}, start + QPoint(50, 0));
+
+    int writes = 0;
+    alignas(inotify_event) char events[16384];
+    const ssize_t length = read(watch, events, sizeof events);
+    for (ssize_t at = 0; at < length;) {
+        const auto *event = reinterpret_cast<const inotify_event *>(events + at);
+        writes += event->len > 0 && qstrcmp(event->name, "settings.dat") == 0;
+        at += ssize_t(sizeof(inotify_event)) + event->len;
+    }
+    close(watch);
+    QCOMPARE(writes, 1);
+    QCOMPARE(settings().value(0), field(*controller, "txtLeft")->text().toLatin1());
+    QVERIFY(settings().value(0).toDouble() > 20);
+    QVERIFY(get(m_bundle->inWorkSpace("config.js")).contains("\"left\":\"" + settings().value(0) + "%\""));
+    controller->onCancel();
+}
+
+void tst_PluginSettingsDelegate::typingMovesTheFrameToTheLastDecimal()
+{
+    const auto controller = open();
+    controller->showWindow();
+    QVERIFY(QTest::qWaitForWindowExposed(controller->window()));
+    const auto *view = part<PositionView>(*controller, "positionView");
+    type(field(*controller, "txtLeft"), "33.3");
+    type(field(*controller, "txtBottom"), "0.125");
+    type(field(*controller, "txtTop"), "1");
+    type(field(*controller, "txtRight"), "7.7");
+    const QRectF frame = view->objectView()->frameRect();
+    QVERIFY(frame.x() == double(33.3F) * view->width() / 100);
+    QVERIFY(frame.y() == 0.125 * view->height() / 100);
+    QVERIFY(frame.width() == (100 - double(33.3F) - double(7.7F)) * view->width() / 100);
+    QVERIFY(frame.height() == (100 - 1 - 0.125) * view->height() / 100);
+    controller->onCancel();
+}
+
+void tst_PluginSettingsDelegate::defaultButtonMovesTheFrame()
+{
+    put(m_bundle->inWorkSpace("settings.dat"), "1\n1\n1\n1\n50\n0");
+    const auto controller = open();
+    controller->showWindow();
+    QVERIFY(QTest::qWaitForWindowExposed(controller->window()));
+    auto *view = part<PositionView>(*controller, "positionView");
+    QCOMPARE(view->objectView()->frameRect().x(), view->width() / 100.0);
+    part<QAbstractButton>(*controller, "btnDefault")->click();
+    PositionRect defaults;
+    defaults.setLeft(10);
+    defaults.setTop(26);
+    defaults.setRight(60);
+    defaults.setBottom(26);
+    defaults.setLayer(1);
+    QVERIFY(view->getPositionRect() == defaults);
+    QCOMPARE(view->objectView()->frameRect(), PositionRect::getObjectFrameWith(defaults, view->size()));
+    controller->onCancel();
+}
+
+void tst_PluginSettingsDelegate::damagedSettingsStayEditableAndValid_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::newRow("no numbers") << QByteArray("nan\ninf\n-inf\nnan\nnan\nnan");
+    QTest::newRow("huge") << QByteArray("1e999\n1e999\n1e999\n1e999\n1e999\n1e999");
+    QTest::newRow("huge outward") << QByteArray("-1e999\n-1e999\n-1e999\n-1e999\n-1e999\n-9e999");
+    QTest::newRow("far off") << QByteArray("1e9\n-1e9\n-2e9\n2e9\n7\n1");
+    QTest::newRow("no area") << QByteArray("60\n60\n60\n60\n7\n1");
+    QTest::newRow("noise") << QByteArray("\x01\n\x02\n;\n'\n\"\n\n");
+}
+
+void tst_PluginSettingsDelegate::damagedSettingsStayEditableAndValid()
+{
+    QFETCH(QByteArray, content);
+    static const QRegularExpression sixLines(QStringLiteral("^(-?[0-9]+\\.[0-9]\n){5}-?[0-9]+\\z"));
+    put(m_bundle->inWorkSpace("settings.dat"), content);
+    const auto controller = open();
+    controller->showWindow();
+    QVERIFY(QTest::qWaitForWindowExposed(controller->window()));
+    controller->window()->grab();
+    for (const char *text : {"abc", "1.2.3", "..", "-", "999999999999999999999999999999999999999999", "5"}) {
+        type(field(*controller, "txtLeft"), text);
+        const QString written = QString::fromLatin1(get(m_bundle->inWorkSpace("settings.dat")));
+        QVERIFY2(sixLines.match(written).hasMatch(), qPrintable(written));
+    }
+    controller->window()->grab();
+    QTest::keyClick(part<PositionView>(*controller, "positionView")->objectView(), Qt::Key_Left);
+    const QString written = QString::fromLatin1(get(m_bundle->inWorkSpace("settings.dat")));
+    QVERIFY2(sixLines.match(written).hasMatch(), qPrintable(written));
+    controller->onCancel();
+}
+
+void tst_PluginSettingsDelegate::frameComesBetweenTheMarginsInTheTabOrder()
+{
+    const auto controller = open();
+    controller->showWindow();
+    QVERIFY(QTest::qWaitForWindowExposed(controller->window()));
+    QStringList names;
+    QWidget *first = field(*controller, "txtTop");
+    QWidget *at = first;
+    do {
+        if (at->isVisible() && at->focusPolicy() & Qt::TabFocus)
+            names += at->objectName();
+        at = at->nextInFocusChain();
+    } while (at != first);
+    const QStringList expected
+        = {QStringLiteral("txtTop"),         QStringLiteral("txtLeft"),   QStringLiteral("objectView"),
+           QStringLiteral("txtRight"),       QStringLiteral("txtBottom"), QStringLiteral("sldTrans"),
+           QStringLiteral("txtTransparency")};
+    QCOMPARE(names.mid(0, expected.size()), expected);
     controller->onCancel();
 }
 

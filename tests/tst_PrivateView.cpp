@@ -1,19 +1,30 @@
+#include "Classes/Delegate/PluginSettingsDelegate/PluginSettingsDelegate.h"
 #include "Classes/Mode/Locale.h"
 #include "Classes/Mode/SelectedLanguage.h"
 #include "linklist/LinkListModel.h"
 #include "linklist/PrivateView.h"
 #include "platform/File.h"
+#include "platform/ui/ModalLoop.h"
 #include "platform/ui/Nib.h"
 #include "platform/ui/Stepper.h"
+#include "platform/ui/WindowLevel.h"
 #include "tests/support/Fixtures.h"
 #include "tests/support/TestBundle.h"
 #include "tests/support/TestCase.h"
 #include "text/ColorButtonCell.h"
+#include "text/ColorPanelDelegate.h"
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QElapsedTimer>
+#include <QInputMethodEvent>
+#include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QTableView>
+#include <QTimer>
+#include <algorithm>
+#include <functional>
 
 using Fixtures::get;
 using Fixtures::put;
@@ -32,6 +43,7 @@ class tst_PrivateView : public TestCase
 private Q_SLOTS:
     void initTestCase();
     void init();
+    void cleanup();
     void showsTheDocument();
     void loadingAppendsItems();
     void typedHeadingSavesAtOnce();
@@ -49,7 +61,58 @@ private Q_SLOTS:
     void refersToNoFilesAndFollowsNoLinks();
     void digitsOfAText();
 
+    void fieldsAreDisabledUntilARowIsSelected();
+    void selectedRowFillsTheFieldsAfterTheEvent();
+    void selectedRowIsTheCurrentOrTheHighest();
+    void buttonsFollowTheSelection_data();
+    void buttonsFollowTheSelection();
+    void addingSelectsTheNewRowAndEnablesTheFields();
+    void typedTextAndLinkGoToTheItemAtOnce();
+    void linkIsNormalisedWhenEditingEnds();
+    void leavingAnUntouchedLinkLeavesIt();
+    void typingWithoutSelectionChangesNothing();
+    void composedTextArrivesWhole();
+    void removalAsksAndCancelKeepsEverything();
+    void removalTakesAllSelectedRows();
+    void removalWithoutSelectionAsksNothing();
+    void rowsOneAndThreeMoveUpTogether();
+    void rowsTwoAndThreeMoveDown();
+    void lastRowDoesNotMoveDown();
+    void moveEndsTheEditOfACell();
+    void editInTheTableNormalisesLinks();
+    void editOutsideTheTableIsIgnored();
+    void escapeLeavesACellUnchanged();
+    void okStoresTheCellThatIsBeingEdited();
+    void selectedItemFollowsItsRow();
+    void keysOfTheTable();
+    void keysInATextFieldBelongToTheText();
+    void emptyTableShowsAHint();
+    void saveButtonsBorderShowsUnderThePointer();
+    void hostileTextsComeBackAsTheyWere_data();
+    void hostileTextsComeBackAsTheyWere();
+    void documentsElementsSurviveASave();
+    void tenThousandLinksAreEditedQuickly();
+
+    void chosenColorIsSavedOnce();
+    void swatchPreviewsAndCancelRestores();
+    void cancelWithoutAColorGivesBlack();
+    void windowFloatsAfterTheChooser();
+    void otherChoosersAreIgnored();
+    void editorMayGoWhileTheChooserIsOpen();
+
 private:
+    void load(const QStringList &titles);
+    void select(const QList<int> &rows);
+    QString titles() const;
+    QList<int> selection() const;
+    QTableView *table() const { return part<QTableView>("tableView"); }
+    QAbstractButton *button(const char *name) const { return part<QAbstractButton>(name); }
+    void answer(const char *choice);
+    // Types into the chooser that the next modal session shows, calls `look` and presses the button.
+    void choose(const char *hex, const char *button, const std::function<void()> &look = {});
+    // What was queued for after the event.
+    static void settle() { QCoreApplication::processEvents(); }
+
     std::unique_ptr<PrivateView> open();
     QByteArray document() const { return get(m_bundle->inWorkSpace("linklist.xml")); }
     template <typename T = QLineEdit>
@@ -61,12 +124,12 @@ private:
     std::unique_ptr<TestBundle> m_bundle;
     std::unique_ptr<PrivateView> m_view;
     Owner m_owner;
+    int m_questions = 0;
 };
 
 void tst_PrivateView::initTestCase()
 {
-    Nib::registerClass<PrivateView>();
-    Nib::registerClass<ColorButtonCell>();
+    PluginSettingsDelegate::registerInterfaceClasses();
 }
 
 void tst_PrivateView::init()
@@ -76,6 +139,14 @@ void tst_PrivateView::init()
     m_bundle = std::make_unique<TestBundle>();
     m_owner = Owner();
     m_view = open();
+}
+
+void tst_PrivateView::cleanup()
+{
+    // Its window does the same before it goes.
+    if (QWidget *focused = QApplication::focusWidget())
+        focused->clearFocus();
+    m_view.reset();
 }
 
 std::unique_ptr<PrivateView> tst_PrivateView::open()
@@ -249,6 +320,570 @@ void tst_PrivateView::digitsOfAText()
 {
     QCOMPARE(PrivateView::stringWithNumber(QStringLiteral("1a２٣2")), QStringLiteral("12"));
     QCOMPARE(PrivateView::stringWithNumber(QString()), QString());
+}
+
+// Puts a document with these links into the workspace and opens it.
+void tst_PrivateView::load(const QStringList &titles)
+{
+    QByteArray items;
+    for (const QString &title : titles)
+        items += "<item><link type=\"text\">http://" + title.toUtf8() + "</link><title type=\"text\">"
+            + title.toUtf8() + "</title></item>";
+    put(m_bundle->inWorkSpace("linklist.xml"),
+        "<info><properties><extended><title><content type=\"text\">H</content></title><body><content>" + items
+            + "</content></body></extended></properties></info>");
+    m_view = open();
+    m_owner = Owner();
+    m_questions = 0;
+}
+
+void tst_PrivateView::select(const QList<int> &rows)
+{
+    QItemSelectionModel *selection = table()->selectionModel();
+    selection->clear();
+    for (const int row : rows) {
+        selection->setCurrentIndex(m_view->model()->index(row, 0),
+                                   QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    }
+    settle();
+}
+
+QString tst_PrivateView::titles() const
+{
+    QString result;
+    for (const LinkItem &item : m_view->model()->items())
+        result += item.title;
+    return result;
+}
+
+QList<int> tst_PrivateView::selection() const
+{
+    QList<int> rows;
+    const QModelIndexList selected = table()->selectionModel()->selectedRows();
+    for (const QModelIndex &index : selected)
+        rows += index.row();
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+void tst_PrivateView::answer(const char *choice)
+{
+    QTimer::singleShot(0, this, [this, choice] {
+        QWidget *question = ModalLoop::modalWindow();
+        QVERIFY(question);
+        ++m_questions;
+        question->findChild<QAbstractButton *>(QString::fromUtf8(choice))->click();
+    });
+}
+
+static const QStringList fiveTitles = {QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C"),
+                                       QStringLiteral("D"), QStringLiteral("E")};
+
+void tst_PrivateView::fieldsAreDisabledUntilARowIsSelected()
+{
+    QVERIFY(!part("txtContent")->isEnabled());
+    QVERIFY(!part("txtLink")->isEnabled());
+    select({1});
+    QVERIFY(part("txtContent")->isEnabled());
+    const QString text = part("txtContent")->text();
+    select({});
+    QVERIFY(!part("txtContent")->isEnabled());
+    QVERIFY(!part("txtLink")->isEnabled());
+    QCOMPARE(part("txtContent")->text(), text);
+}
+
+void tst_PrivateView::selectedRowFillsTheFieldsAfterTheEvent()
+{
+    load(fiveTitles);
+    table()->selectRow(2);
+    QVERIFY(!part("txtContent")->isEnabled());
+    settle();
+    QCOMPARE(part("txtContent")->text(), QStringLiteral("C"));
+    QCOMPARE(part("txtLink")->text(), QStringLiteral("http://C"));
+    QCOMPARE(m_owner.saves, 0);
+}
+
+void tst_PrivateView::selectedRowIsTheCurrentOrTheHighest()
+{
+    load(fiveTitles);
+    QCOMPARE(m_view->selectedRow(), -1);
+    select({3, 1});
+    QCOMPARE(m_view->selectedRow(), 1);
+    table()->selectionModel()->setCurrentIndex(m_view->model()->index(0, 0), QItemSelectionModel::NoUpdate);
+    QCOMPARE(m_view->selectedRow(), 3);
+}
+
+void tst_PrivateView::buttonsFollowTheSelection_data()
+{
+    QTest::addColumn<QList<int>>("rows");
+    QTest::addColumn<bool>("remove");
+    QTest::addColumn<bool>("up");
+    QTest::addColumn<bool>("down");
+    QTest::newRow("none") << QList<int>{} << false << false << false;
+    QTest::newRow("first") << QList<int>{0} << true << false << true;
+    QTest::newRow("middle") << QList<int>{2} << true << true << true;
+    QTest::newRow("last") << QList<int>{4} << true << true << false;
+}
+
+void tst_PrivateView::buttonsFollowTheSelection()
+{
+    load(fiveTitles);
+    QFETCH(QList<int>, rows);
+    select(rows);
+    QTEST(button("btnRemove")->isEnabled(), "remove");
+    QTEST(button("btnMoveUp")->isEnabled(), "up");
+    QTEST(button("btnMoveDown")->isEnabled(), "down");
+    QVERIFY(button("btnAdd")->isEnabled());
+}
+
+void tst_PrivateView::addingSelectsTheNewRowAndEnablesTheFields()
+{
+    load(fiveTitles);
+    select({0, 2});
+    button("btnAdd")->click();
+    QCOMPARE(selection(), QList<int>{5});
+    settle();
+    QCOMPARE(part("txtContent")->text(), QStringLiteral("title"));
+    QCOMPARE(part("txtLink")->text(), QStringLiteral("http://www.example.com"));
+    QVERIFY(part("txtContent")->isEnabled() && part("txtLink")->isEnabled());
+    QCOMPARE(m_owner.saves, 1);
+    QVERIFY(document().contains("<title type=\"text\">title</title>"));
+}
+
+void tst_PrivateView::typedTextAndLinkGoToTheItemAtOnce()
+{
+    load(fiveTitles);
+    select({1});
+    part("txtContent")->selectAll();
+    QTest::keyClicks(part("txtContent"), QStringLiteral("xy"));
+    QCOMPARE(titles(), QStringLiteral("AxyCDE"));
+    part("txtLink")->selectAll();
+    QTest::keyClicks(part("txtLink"), QStringLiteral("a b"));
+    QCOMPARE(m_view->model()->items()[1].link, QStringLiteral("a b"));
+    QVERIFY(document().contains("<link type=\"text\">a b</link>"));
+    QCOMPARE(m_owner.saves, 5);
+}
+
+void tst_PrivateView::linkIsNormalisedWhenEditingEnds()
+{
+    load(fiveTitles);
+    select({1});
+    part("txtLink")->selectAll();
+    QTest::keyClicks(part("txtLink"), QStringLiteral("a b"));
+    QTest::keyClick(part("txtLink"), Qt::Key_Return);
+    QCOMPARE(part("txtLink")->text(), QStringLiteral("http://a%20b"));
+    QVERIFY(document().contains("<link type=\"text\">http://a%20b</link>"));
+    const int saves = m_owner.saves;
+    QTest::keyClick(part("txtLink"), Qt::Key_Return);
+    QCOMPARE(m_owner.saves, saves);
+}
+
+void tst_PrivateView::leavingAnUntouchedLinkLeavesIt()
+{
+    put(m_bundle->inWorkSpace("linklist.xml"),
+        "<info><properties><extended><body><content><item><link "
+        "type=\"text\">page1.html</link></item></content></body>"
+        "</extended></properties></info>");
+    m_view = open();
+    m_owner = Owner();
+    select({0});
+    QTest::keyClick(part("txtLink"), Qt::Key_Return);
+    m_view->commitEditing();
+    QCOMPARE(m_view->model()->items()[0].link, QStringLiteral("page1.html"));
+}
+
+void tst_PrivateView::typingWithoutSelectionChangesNothing()
+{
+    load(fiveTitles);
+    part("txtContent")->setText(QStringLiteral("x"));
+    m_view->controlTextDidEndEditing(part("txtContent"));
+    m_view->controlTextDidChange(nullptr);
+    QCOMPARE(titles(), QStringLiteral("ABCDE"));
+    QCOMPARE(m_owner.saves, 0);
+}
+
+void tst_PrivateView::composedTextArrivesWhole()
+{
+    load(fiveTitles);
+    select({0});
+    part("txtContent")->selectAll();
+    QInputMethodEvent composing(QStringLiteral("にほ"), {});
+    QApplication::sendEvent(part("txtContent"), &composing);
+    QCOMPARE(titles(), QStringLiteral("BCDE"));
+    QInputMethodEvent done;
+    done.setCommitString(QStringLiteral("日本"));
+    QApplication::sendEvent(part("txtContent"), &done);
+    QCOMPARE(titles(), QStringLiteral("日本BCDE"));
+
+    // Digits alone stay in a size, but nothing is put back under a composition.
+    QLineEdit *size = part("txtBodyFontSize");
+    size->setText(QStringLiteral("1"));
+    QInputMethodEvent composingDigit(QStringLiteral("２"), {});
+    QApplication::sendEvent(size, &composingDigit);
+    QCOMPARE(size->text(), QStringLiteral("1"));
+    QInputMethodEvent digit;
+    digit.setCommitString(QStringLiteral("2"));
+    QApplication::sendEvent(size, &digit);
+    QCOMPARE(size->text(), QStringLiteral("12"));
+}
+
+void tst_PrivateView::removalAsksAndCancelKeepsEverything()
+{
+    load(fiveTitles);
+    select({1, 3});
+    answer("btnAlertSecond");
+    button("btnRemove")->click();
+    QCOMPARE(m_questions, 1);
+    QCOMPARE(titles(), QStringLiteral("ABCDE"));
+    QCOMPARE(selection(), (QList<int>{1, 3}));
+    QVERIFY(button("btnRemove")->isEnabled());
+    QCOMPARE(m_owner.saves, 0);
+}
+
+void tst_PrivateView::removalTakesAllSelectedRows()
+{
+    load(fiveTitles);
+    select({1, 3, 4});
+    answer("btnAlertFirst");
+    button("btnRemove")->click();
+    QCOMPARE(m_questions, 1);
+    QCOMPARE(titles(), QStringLiteral("AC"));
+    settle();
+    QVERIFY(!part("txtContent")->isEnabled());
+    QVERIFY(!button("btnRemove")->isEnabled());
+    QCOMPARE(m_owner.saves, 1);
+    QVERIFY(!document().contains(">B<"));
+}
+
+void tst_PrivateView::removalWithoutSelectionAsksNothing()
+{
+    load(fiveTitles);
+    m_view->onRemove();
+    QCOMPARE(titles(), QStringLiteral("ABCDE"));
+}
+
+void tst_PrivateView::rowsOneAndThreeMoveUpTogether()
+{
+    load(fiveTitles);
+    select({1, 3});
+    button("btnMoveUp")->click();
+    QCOMPARE(titles(), QStringLiteral("BDACE"));
+    QCOMPARE(selection(), (QList<int>{0, 1}));
+    QCOMPARE(m_owner.saves, 1);
+    QVERIFY(document().indexOf(">D<") < document().indexOf(">A<"));
+}
+
+void tst_PrivateView::rowsTwoAndThreeMoveDown()
+{
+    load(fiveTitles);
+    select({2, 3});
+    button("btnMoveDown")->click();
+    QCOMPARE(titles(), QStringLiteral("ABECD"));
+    QCOMPARE(selection(), (QList<int>{3, 4}));
+    settle();
+    QVERIFY(!button("btnMoveDown")->isEnabled());
+}
+
+void tst_PrivateView::lastRowDoesNotMoveDown()
+{
+    load(fiveTitles);
+    select({4});
+    QVERIFY(!button("btnMoveDown")->isEnabled());
+    m_view->onMoveDown();
+    QCOMPARE(titles(), QStringLiteral("ABCDE"));
+    QCOMPARE(m_owner.saves, 0);
+}
+
+static QLineEdit *cellEditor(QTableView *table)
+{
+    return table->viewport()->findChild<QLineEdit *>();
+}
+
+void tst_PrivateView::moveEndsTheEditOfACell()
+{
+    load(fiveTitles);
+    m_view->show();
+    select({2});
+    table()->edit(m_view->model()->index(2, 0));
+    QVERIFY(cellEditor(table()));
+    cellEditor(table())->setText(QStringLiteral("Z"));
+    m_view->onMoveUp();
+    QCOMPARE(titles(), QStringLiteral("AZBDE"));
+    QCOMPARE(selection(), QList<int>{1});
+    QTRY_VERIFY(!cellEditor(table()));
+}
+
+void tst_PrivateView::editInTheTableNormalisesLinks()
+{
+    load(fiveTitles);
+    m_view->show();
+    select({1});
+    table()->edit(m_view->model()->index(1, 1));
+    QTest::keyClicks(cellEditor(table()), QStringLiteral("a b"));
+    QTest::keyClick(cellEditor(table()), Qt::Key_Return);
+    QTRY_COMPARE(m_view->model()->items()[1].link, QStringLiteral("http://a%20b"));
+    settle();
+    QCOMPARE(part("txtLink")->text(), QStringLiteral("http://a%20b"));
+    QCOMPARE(m_owner.saves, 1);
+}
+
+void tst_PrivateView::editOutsideTheTableIsIgnored()
+{
+    load(fiveTitles);
+    m_view->setObjectValue(QStringLiteral("x"), 0, 5);
+    m_view->setObjectValue(QStringLiteral("x"), 2, 0);
+    m_view->setObjectValue(QStringLiteral("x"), 0, -1);
+    QCOMPARE(titles(), QStringLiteral("ABCDE"));
+    QCOMPARE(m_owner.saves, 0);
+}
+
+void tst_PrivateView::escapeLeavesACellUnchanged()
+{
+    load(fiveTitles);
+    m_view->show();
+    table()->edit(m_view->model()->index(1, 0));
+    QTest::keyClicks(cellEditor(table()), QStringLiteral("other"));
+    QTest::keyClick(cellEditor(table()), Qt::Key_Escape);
+    QTRY_VERIFY(!cellEditor(table()));
+    QCOMPARE(titles(), QStringLiteral("ABCDE"));
+    QCOMPARE(m_owner.saves, 0);
+}
+
+void tst_PrivateView::okStoresTheCellThatIsBeingEdited()
+{
+    load(fiveTitles);
+    m_view->show();
+    table()->edit(m_view->model()->index(0, 0));
+    cellEditor(table())->setText(QStringLiteral("typed"));
+    m_view->commitEditing();
+    QVERIFY(document().contains(">typed<"));
+}
+
+void tst_PrivateView::selectedItemFollowsItsRow()
+{
+    load(fiveTitles);
+    select({3});
+    button("btnMoveUp")->click();
+    part("txtContent")->selectAll();
+    QTest::keyClicks(part("txtContent"), QStringLiteral("d"));
+    QCOMPARE(titles(), QStringLiteral("ABdCE"));
+}
+
+void tst_PrivateView::keysOfTheTable()
+{
+    load(fiveTitles);
+    m_view->show();
+    QApplication::setActiveWindow(m_view.get());
+    table()->setFocus();
+    QTRY_VERIFY(table()->hasFocus());
+    select({1});
+    QTest::keyClick(table(), Qt::Key_Up, Qt::AltModifier);
+    QCOMPARE(titles(), QStringLiteral("BACDE"));
+    QTest::keyClick(table(), Qt::Key_Down, Qt::AltModifier);
+    QCOMPARE(titles(), QStringLiteral("ABCDE"));
+    answer("btnAlertFirst");
+    QTest::keyClick(table(), Qt::Key_Delete);
+    QCOMPARE(titles(), QStringLiteral("ACDE"));
+    QApplication::setActiveWindow(m_view.get()); // as a window manager does when the question goes
+    QTest::keyClick(table(), Qt::Key_A, Qt::ControlModifier);
+    QCOMPARE(selection().size(), 4);
+    QTest::keyClick(table(), Qt::Key_Insert);
+    QCOMPARE(titles(), QStringLiteral("ACDEtitle"));
+    QVERIFY(cellEditor(table()));
+    QTest::keyClicks(cellEditor(table()), QStringLiteral("new"));
+    QTest::keyClick(cellEditor(table()), Qt::Key_Return);
+    QTRY_COMPARE(titles(), QStringLiteral("ACDEnew"));
+    QTest::keyClick(table(), Qt::Key_N, Qt::ControlModifier);
+    QCOMPARE(titles(), QStringLiteral("ACDEnewtitle"));
+    QTest::keyClick(cellEditor(table()), Qt::Key_Escape);
+    QTRY_VERIFY(!cellEditor(table()));
+    QTest::keyClick(table(), Qt::Key_F2);
+    QVERIFY(cellEditor(table()));
+}
+
+void tst_PrivateView::keysInATextFieldBelongToTheText()
+{
+    load(fiveTitles);
+    m_view->show();
+    QApplication::setActiveWindow(m_view.get());
+    select({1});
+    part("txtContent")->setFocus();
+    QTRY_VERIFY(part("txtContent")->hasFocus());
+    part("txtContent")->setCursorPosition(0);
+    QTest::keyClick(part("txtContent"), Qt::Key_Delete);
+    QCOMPARE(titles(), QStringLiteral("ACDE"));
+    QCOMPARE(m_view->model()->items().size(), 5);
+}
+
+void tst_PrivateView::emptyTableShowsAHint()
+{
+    load({});
+    auto *hint = table()->viewport()->findChild<QLabel *>();
+    QVERIFY(hint);
+    QCOMPARE(hint->text(), QStringLiteral("There are no links yet."));
+    QVERIFY(!hint->isHidden());
+    m_view->onAdd();
+    QVERIFY(hint->isHidden());
+}
+
+void tst_PrivateView::saveButtonsBorderShowsUnderThePointer()
+{
+    auto *save = qobject_cast<QPushButton *>(button("btnSave"));
+    QVERIFY(save->isFlat());
+    QEnterEvent enter(QPointF(1, 1), QPointF(1, 1), QPointF(1, 1));
+    QApplication::sendEvent(save, &enter);
+    QVERIFY(!save->isFlat());
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(save, &leave);
+    QVERIFY(save->isFlat());
+}
+
+void tst_PrivateView::hostileTextsComeBackAsTheyWere_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("markup") << QStringLiteral("</script><script>alert(\"1\")</script> & ]]> <!-- 'x'");
+    QTest::newRow("right to left") << QStringLiteral("\u202Eשלום عالم");
+    QTest::newRow("emoji") << QStringLiteral("👩‍👩‍👧 🏳️‍🌈");
+    QTest::newRow("line breaks") << QStringLiteral("one\ntwo\n\nthree");
+    QTest::newRow("blanks") << QStringLiteral("   ");
+    QTest::newRow("separators") << QStringLiteral("a\u2028b\u2029c\uFEFFd");
+    QTest::newRow("backslashes") << QStringLiteral("C:\\users \\u0041 ${Unicode}");
+    QTest::newRow("one megabyte") << QString(1 << 20, u'é');
+}
+
+void tst_PrivateView::hostileTextsComeBackAsTheyWere()
+{
+    QFETCH(QString, text);
+    load(fiveTitles);
+    m_view->setObjectValue(text, 0, 2);
+    m_view->onSave();
+    m_view = open();
+    QCOMPARE(m_view->model()->items()[2].title, text);
+    QCOMPARE(m_view->model()->items()[3].title, QStringLiteral("D"));
+}
+
+void tst_PrivateView::documentsElementsSurviveASave()
+{
+    put(m_bundle->inWorkSpace("linklist.xml"),
+        "<book><!-- mine --><properties/><properties><extended><other "
+        "a=\"1\"/><title><content>first</content></title>"
+        "<title><content>H</content><!-- c --></title><body><fontSize>9</fontSize><x/><content><!-- lost "
+        "--><item/>"
+        "</content></body></extended></properties></book>");
+    m_view = open();
+    part("txtTitleContent")->setText(QStringLiteral("New"));
+    QCOMPARE(
+        document(),
+        QByteArray(
+            "<book><!-- mine --><properties/><properties><extended><other a=\"1\"/><title><content>first"
+            "</content></title><title><content>New</content><!-- c --></title><body><fontSize>9</fontSize>"
+            "<x/><content><item><link type=\"text\"/><title type=\"text\"/></item></content></body>"
+            "</extended></properties></book>"));
+}
+
+void tst_PrivateView::tenThousandLinksAreEditedQuickly()
+{
+    QStringList titles;
+    for (int i = 0; i < 10'000; ++i)
+        titles += QStringLiteral("t%1").arg(i);
+    load(titles);
+    m_view->resize(460, 400);
+    m_view->show();
+    select({9'000});
+    QElapsedTimer timer;
+    timer.start();
+    part("txtContent")->end(false);
+    QTest::keyClicks(part("txtContent"), QStringLiteral("abcde"));
+    button("btnMoveUp")->click();
+    table()->selectAll();
+    settle();
+    // A save of ten thousand links is a megabyte; seven of them and a repaint stay far below this.
+    QVERIFY2(timer.elapsed() < 5'000, qPrintable(QString::number(timer.elapsed())));
+    QVERIFY(document().contains(">t9000abcde<"));
+}
+
+void tst_PrivateView::choose(const char *hex, const char *button, const std::function<void()> &look)
+{
+    QTimer::singleShot(0, this, [hex, button, look] {
+        QWidget *panel = ModalLoop::modalWindow();
+        QVERIFY(panel);
+        auto *value = panel->findChild<QLineEdit *>(QStringLiteral("txtColorValue"));
+        value->selectAll();
+        QTest::keyClicks(value, QString::fromUtf8(hex));
+        settle();
+        if (look)
+            look();
+        if (auto *decision = panel->findChild<QAbstractButton *>(QString::fromUtf8(button)))
+            decision->click();
+    });
+}
+
+void tst_PrivateView::chosenColorIsSavedOnce()
+{
+    choose("0xFF7F01", "btnColorChoose");
+    button("btnTitleFontColor")->click();
+    QCOMPARE(MyColorOper::colorToHexRGB(*part<ColorButtonCell>("btnTitleFontColor")->backgroundColor()),
+             QStringLiteral("0xFF7F01"));
+    QCOMPARE(m_owner.saves, 1);
+    QVERIFY(document().contains("<color type=\"color\">0xFF7F01</color>"));
+}
+
+void tst_PrivateView::swatchPreviewsAndCancelRestores()
+{
+    auto *swatch = part<ColorButtonCell>("btnBodyFontColor");
+    const auto before = swatch->backgroundColor();
+    const QByteArray document = this->document();
+    QString previewed;
+    choose("00ff00", "btnColorCancel",
+           [&] { previewed = MyColorOper::colorToHexRGB(swatch->backgroundColor().value_or(Color())); });
+    swatch->click();
+    QCOMPARE(previewed, QStringLiteral("0x00FF00"));
+    QCOMPARE(swatch->backgroundColor(), before);
+    QCOMPARE(m_owner.saves, 0);
+    QCOMPARE(this->document(), document);
+}
+
+void tst_PrivateView::cancelWithoutAColorGivesBlack()
+{
+    auto *swatch = part<ColorButtonCell>("btnBodyFontColor");
+    swatch->setBackgroundColor(std::nullopt);
+    choose("00ff00", "btnColorCancel");
+    swatch->click();
+    QCOMPARE(swatch->backgroundColor(), Color());
+}
+
+void tst_PrivateView::windowFloatsAfterTheChooser()
+{
+    m_view->show();
+    WindowLevel::Level during = WindowLevel::Level::Normal;
+    choose("1", "btnColorCancel", [&] { during = WindowLevel::of(m_view.get()); });
+    button("btnTitleFontColor")->click();
+    QCOMPARE(during, WindowLevel::Level::ModalPanel);
+    QCOMPARE(WindowLevel::of(m_view.get()), WindowLevel::Level::Floating);
+}
+
+void tst_PrivateView::otherChoosersAreIgnored()
+{
+    auto *swatch = part<ColorButtonCell>("btnBodyFontColor");
+    const auto before = swatch->backgroundColor();
+    QObject stranger;
+    ColorPanelDelegate chooser;
+    chooser.setOwer(&stranger);
+    chooser.setCell(swatch);
+    chooser.setColor(Color{1, 1, 1, 1});
+    m_view->refreshCellColor(&chooser);
+    m_view->onChangedPanelColor(nullptr);
+    QCOMPARE(swatch->backgroundColor(), before);
+    m_view->onOpenColorPanel(nullptr);
+}
+
+void tst_PrivateView::editorMayGoWhileTheChooserIsOpen()
+{
+    choose("1", "none", [this] { m_view.reset(); });
+    QPointer<PrivateView> view(m_view.get());
+    view->onChangeColor(part<ColorButtonCell>("btnTitleFontColor"));
+    QVERIFY(!view);
+    QVERIFY(!ModalLoop::isRunning());
 }
 
 LINKLIST_GUI_TEST_MAIN(tst_PrivateView)

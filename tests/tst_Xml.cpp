@@ -135,6 +135,8 @@ private Q_SLOTS:
     void setTextThatIsThereAlreadyChangesNothing();
     void setTextCleans();
     void setTextSurvivesWritingAndReading();
+    void removeContentLeavesNothing();
+    void textKeptInItsElementIsLikeTextInANode();
     void cleanedDropsWhatXmlForbids_data();
     void cleanedDropsWhatXmlForbids();
     void cleaningTwiceChangesNothingMore();
@@ -713,6 +715,36 @@ void tst_Xml::setTextSurvivesWritingAndReading()
         const auto again = Xml::parse(xml);
         QVERIFY2(again, (xml + " -> " + again.reason.toUtf8()).constData());
         QCOMPARE(Xml::text(rootOf(again).child("a")), Xml::cleaned(text));
+    }
+}
+
+void tst_Xml::removeContentLeavesNothing()
+{
+    for (const char *xml : {"<r a=\"1\"/>", "<r a=\"1\">x</r>", "<r a=\"1\">x<b>y</b>z</r>",
+                            "<r a=\"1\"> </r>", "<r a=\"1\"><!--c-->x<?p q?><![CDATA[y]]></r>"}) {
+        const auto result = Xml::parse(xml);
+        QVERIFY(result);
+        Xml::removeContent(rootOf(result));
+        QCOMPARE(Xml::serialize(rootOf(result)), QByteArray("<r a=\"1\"/>"));
+        Xml::setText(rootOf(result), u("new"));
+        QCOMPARE(Xml::serialize(rootOf(result)), QByteArray("<r a=\"1\">new</r>"));
+    }
+}
+
+// A comment beside an element makes the parser keep texts in nodes of their own.
+void tst_Xml::textKeptInItsElementIsLikeTextInANode()
+{
+    for (const char *inner :
+         {"x", " ", "x<b>y</b>z", "<b>y</b>z", "x<b/>", "x &amp; y<b>\n</b>\n<c/>\n", "", "<b> </b>"}) {
+        const QByteArray xml = QByteArray("<r>") + inner + "</r>";
+        const auto embedded = Xml::parse(xml);
+        const auto apart = Xml::parse("<!--c-->" + xml);
+        QVERIFY(embedded && apart);
+        QCOMPARE(Xml::text(rootOf(embedded)), Xml::text(rootOf(apart)));
+        QCOMPARE(Xml::serialize(rootOf(embedded)), Xml::serialize(rootOf(apart)));
+        Xml::setText(rootOf(embedded), u("n"));
+        Xml::setText(rootOf(apart), u("n"));
+        QCOMPARE(Xml::serialize(rootOf(embedded)), Xml::serialize(rootOf(apart)));
     }
 }
 

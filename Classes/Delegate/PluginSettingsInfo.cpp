@@ -83,11 +83,17 @@ bool PluginSettingsInfo::loadWorkspace()
 
 std::unique_ptr<pugi::xml_document> PluginSettingsInfo::getXMLFromWorkspace()
 {
+    const std::optional<QByteArray> bytes = documentBytes();
+    return bytes ? Xml::parse(*bytes).document : nullptr;
+}
+
+std::optional<QByteArray> PluginSettingsInfo::documentBytes()
+{
     if (m_identifier.isEmpty())
         m_identifier = defaultIdentifier;
     if (!File::isUsableFolderPath(m_workSpace))
-        return nullptr;
-    return Xml::parseFile(File::joined(m_workSpace, documentName())).document;
+        return std::nullopt;
+    return Xml::readFile(File::joined(m_workSpace, documentName()));
 }
 
 bool PluginSettingsInfo::convertPluginToPath(const QString &destination) const

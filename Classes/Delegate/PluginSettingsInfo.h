@@ -3,8 +3,10 @@
 #include "Classes/Delegate/PositionRect.h"
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
 #include <memory>
+#include <optional>
 #include <pugixml.hpp>
 #include <string_view>
 
@@ -53,6 +55,9 @@ public:
     // The element as a member of a script's object, UTF-8. Paths of files are put into the relative folder.
     QByteArray jsonFromXml(const pugi::xml_node &element, const QString &relatePath) const;
 
+    // The same for a whole document given as its file's bytes; nothing when they are none.
+    std::optional<QByteArray> jsonFromDocument(QByteArrayView utf8, const QString &relatePath) const;
+
     // Copies what lies below a folder, without what is there already. Hidden entries are told by the first
     // character of the relative path alone, so those in sub-folders are copied. Nothing is written through a
     // link at the destination.
@@ -64,6 +69,7 @@ public:
 private:
     QString resourcePath() const;
     QString documentName() const;
+    std::optional<QByteArray> documentBytes();
     bool hasWorkspace() const;
 
     QString m_identifier;

@@ -1,6 +1,7 @@
 #include "Classes/Mode/UtilityFunction.h"
 
 #include "Classes/Mode/Locale.h"
+#include "Classes/Mode/ScriptBuffer.h"
 #include "Classes/Mode/Xml.h"
 #include "platform/Bundle.h"
 #include "platform/File.h"
@@ -9,9 +10,7 @@
 #include <QRegularExpression>
 #include <QUrl>
 #include <algorithm>
-#include <array>
 #include <cstring>
-#include <string_view>
 
 namespace
 {
@@ -59,19 +58,6 @@ bool hasScheme(const QByteArray &utf8)
     });
 }
 
-constexpr std::string_view protectedEscape = "${Unicode}";
-
-// Bytes that replaceStringForJS does something about.
-constexpr std::array<bool, 256> makeSpecialBytes()
-{
-    std::array<bool, 256> special{};
-    for (const char c : {'\r', '\n', '\\', '\'', '"', '$', '&'})
-        special[uchar(c)] = true;
-    return special;
-}
-
-constexpr std::array<bool, 256> specialBytes = makeSpecialBytes();
-
 } // namespace
 
 QString replaceStringForXML(const QString &text)
@@ -85,47 +71,18 @@ QString replaceStringForXML(const QString &text)
 
 QString replaceStringForJS(const QString &text, QChar quote)
 {
-    QByteArray out;
-    appendStringForJS(out, text.toUtf8(), quote.toLatin1());
-    return QString::fromUtf8(out);
-}
-
-void appendStringForJS(QByteArray &out, QByteArrayView utf8, char quote)
-{
-    const char *at = utf8.data();
-    const char *const end = at + utf8.size();
-    while (at != end) {
-        const char *const run = at;
-        while (at != end && !specialBytes[uchar(*at)])
-            ++at;
-        out.append(run, at - run);
-        if (at == end)
-            return;
-        const std::string_view rest(at, size_t(end - at));
-        const auto replace = [&](std::string_view what, std::string_view with) {
-            if (!rest.starts_with(what))
-                return false;
-            out.append(with.data(), qsizetype(with.size()));
-            at += what.size();
-            return true;
-        };
-        if (replace("\r\n", "<br/>") || replace("\r", "<br/>") || replace("\n", "<br/>")
-            || replace("\\u", "\\u") || replace("\\U", "\\u") || replace("\\", "\\\\")
-            || replace(protectedEscape, "\\u") || replace("&lt;", "<") || replace("&gt;", ">")
-            || replace("&amp;", "&"))
-            continue;
-        if (*at == quote && (quote == '\'' || quote == '"'))
-            out.append('\\');
-        out.append(*at++);
-    }
+    const QByteArray utf8 = text.toUtf8();
+    ScriptBuffer out;
+    out.appendEscaped({utf8.constData(), size_t(utf8.size())}, quote.toLatin1());
+    return QString::fromUtf8(out.take());
 }
 
 ElementDictionary xml2dict(const pugi::xml_node &element)
 {
     // Child nodes as a reader sees them: elements, and each text however many pieces it is stored in.
     const auto hasSeveralNodes = [](const pugi::xml_node &node) {
-        int count = 0;
-        bool isInText = false;
+        bool isInText = *node.value() != '\0'; // the text that it begins with
+        int count = isInText ? 1 : 0;
         for (const pugi::xml_node &child : node.children()) {
             const bool isText = child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata;
             if (child.type() == pugi::node_element || (isText && !isInText))

@@ -20,8 +20,6 @@ QString replaceStringForXML(const QString &text);
 // doubled but for Unicode escapes, the quote character (' or ") gets a backslash, and the entities &lt; &gt;
 // &amp; become the characters they stand for.
 QString replaceStringForJS(const QString &text, QChar quote);
-// The same over UTF-8 bytes in one pass, appended to `out`.
-void appendStringForJS(QByteArray &out, QByteArrayView utf8, char quote);
 
 // One entry for each child element, the last of a name winning. A child with fewer than two child nodes
 // becomes its text, so a child that holds exactly one element collapses into that element's text.

@@ -18,18 +18,21 @@ namespace Xml
 namespace
 {
 constexpr qsizetype largestDocument = qsizetype(256) << 20;
-constexpr int deepestLevel = 256;
 
-struct Bounds {
-    const char *at;
-    const char *end;
-
-    // The next such byte at or after `at`, or null.
-    const char *find(char byte) const
-    {
-        return static_cast<const char *>(std::memchr(at, byte, size_t(end - at)));
+// Whether the condition holds for any place in the block where that byte stands.
+template <typename Condition>
+bool any(std::string_view block, char byte, Condition holds)
+{
+    const char *const end = block.data() + block.size();
+    for (const char *at = block.data(); at != end; ++at) {
+        at = static_cast<const char *>(std::memchr(at, byte, size_t(end - at)));
+        if (!at)
+            return false;
+        if (holds(at))
+            return true;
     }
-};
+    return false;
+}
 
 bool isXmlCharacter(quint32 code)
 {
@@ -54,42 +57,61 @@ bool isPlainReference(std::string_view text)
     return parsed.ec == std::errc() && isXmlCharacter(code);
 }
 
-bool hasControlBytes(Bounds bytes)
-{
-    // No early exit: the loop runs over many bytes at once.
-    uint forbidden = 0;
-    for (; bytes.at != bytes.end; ++bytes.at) {
-        const auto byte = uchar(*bytes.at);
-        forbidden |= uint(byte < 0x20) & uint(byte != '\t') & uint(byte != '\n') & uint(byte != '\r');
-    }
-    return forbidden != 0;
-}
+// What an ordinary document does not hold. Each question is one that a machine answers for many bytes at
+// once: a sum over all of them, or a search for a byte that is rare. All are put to one block after the
+// other, which stays in the processor's cache meanwhile.
+struct Bytes {
+    bool isUtf8 = true;
+    bool hasControls = false;
+    bool hasNonCharacters = false; // U+FFFE and U+FFFF
+    bool hasUnusualReferences = false; // to nothing that XML knows
+    bool hasCharacterReferences = false;
+    // "<!" or "<?": comments, CDATA, instructions and declarations. Also the end of a CDATA section by
+    // itself.
+    bool hasSpecialMarkup = false;
 
-bool hasNonCharacters(Bounds bytes) // U+FFFE and U+FFFF
-{
-    while (const char *found = bytes.find('\xEF')) {
-        if (bytes.end - found > 2 && found[1] == '\xBF' && uchar(found[2]) >= 0xBE)
+    explicit Bytes(std::string_view text)
+    {
+        constexpr size_t blockSize = 1 << 15;
+        bool isAscii = true;
+        for (size_t at = 0; at < text.size(); at += blockSize)
+            isAscii = look(text.substr(at, blockSize), text) && isAscii;
+        if (!isAscii)
+            isUtf8 = QUtf8StringView(text.data(), qsizetype(text.size())).isValidUtf8();
+    }
+
+private:
+    // Answers whether the block is ASCII. What begins in it may go on behind it.
+    bool look(std::string_view block, std::string_view text)
+    {
+        const auto from = [text](const char *at) { return text.substr(size_t(at - text.data())); };
+        const auto isAfterAngle = [text](const char *at) { return at != text.data() && at[-1] == '<'; };
+        uchar low = 0;
+        uchar all = 0;
+        for (const char c : block) {
+            low |= uchar(uchar(c) < 0x20);
+            all |= uchar(c);
+        }
+        if (low != 0 && !hasControls)
+            hasControls = std::any_of(block.begin(), block.end(), [](char c) {
+                return uchar(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
+            });
+        hasSpecialMarkup = hasSpecialMarkup || any(block, '!', isAfterAngle) || any(block, '?', isAfterAngle)
+            || any(block, ']', [from](const char *at) { return from(at).starts_with("]]>"); });
+        hasUnusualReferences = hasUnusualReferences || any(block, '&', [this, from](const char *at) {
+                                   hasCharacterReferences
+                                       = hasCharacterReferences || from(at).starts_with("&#");
+                                   return !isPlainReference(from(at));
+                               });
+        if (all < 0x80)
             return true;
-        bytes.at = found + 1;
+        hasNonCharacters
+            = hasNonCharacters || any(block, '\xEF', [from](const char *at) {
+                  return from(at).starts_with("\xEF\xBF\xBE") || from(at).starts_with("\xEF\xBF\xBF");
+              });
+        return false;
     }
-    return false;
-}
-
-bool hasUnusualReferences(Bounds bytes)
-{
-    while (const char *found = bytes.find('&')) {
-        if (!isPlainReference({found, size_t(bytes.end - found)}))
-            return true;
-        bytes.at = found + 1;
-    }
-    return false;
-}
-
-// "<!" or "<?": comments, CDATA, instructions and declarations. Also the end of a CDATA section by itself.
-bool hasSpecialMarkup(std::string_view text)
-{
-    return text.find("<!") != text.npos || text.find("<?") != text.npos || text.find("]]>") != text.npos;
-}
+};
 
 bool isAscii(const char *name)
 {
@@ -100,22 +122,46 @@ bool isAscii(const char *name)
     return true;
 }
 
+bool hasAngle(const char *value)
+{
+    while (*value != '\0' && *value != '<')
+        ++value;
+    return *value == '<';
+}
+
+bool repeatsAttribute(const pugi::xml_node &element)
+{
+    std::set<std::string_view> names;
+    for (const pugi::xml_attribute &attribute : element.attributes()) {
+        if (!names.insert(attribute.name()).second)
+            return true;
+    }
+    return false;
+}
+
 // What the parser lets through: `isPlain` is false where only a strict reader can tell whether it is allowed.
-struct Shape {
+// The parser's own walk is several times faster than one from node to node through its interface.
+struct Shape : pugi::xml_tree_walker {
     bool isTooDeep = false;
     bool hasRepeatedAttribute = false;
     bool isPlain = true;
 
-    void look(const pugi::xml_node &element)
+    explicit Shape(pugi::xml_document &document) { document.traverse(*this); }
+
+    bool for_each(pugi::xml_node &node) override
     {
-        isPlain = isPlain && isAscii(element.name());
-        std::set<std::string_view> names; // nearly always of none or one
-        for (const pugi::xml_attribute &attribute : element.attributes()) {
-            const bool isOnly = names.empty() && !attribute.next_attribute();
-            if (!isOnly && !names.insert(attribute.name()).second)
-                hasRepeatedAttribute = true;
-            isPlain = isPlain && isAscii(attribute.name()) && !std::strchr(attribute.value(), '<');
+        const char *name = node.name();
+        if (*name == '\0') // text
+            return true;
+        isTooDeep = depth() >= deepestLevel && node.type() == pugi::node_element;
+        isPlain = isPlain && isAscii(name);
+        int attributes = 0;
+        for (auto attribute = node.first_attribute(); attribute; attribute = attribute.next_attribute()) {
+            isPlain = isPlain && isAscii(attribute.name()) && !hasAngle(attribute.value());
+            ++attributes;
         }
+        hasRepeatedAttribute = hasRepeatedAttribute || (attributes > 1 && repeatsAttribute(node));
+        return !isTooDeep;
     }
 };
 
@@ -133,22 +179,6 @@ pugi::xml_node next(pugi::xml_node node, const pugi::xml_node &root, int &depth)
         --depth;
     }
     return {};
-}
-
-Shape shapeOf(const pugi::xml_node &root)
-{
-    Shape shape;
-    int depth = 1;
-    for (pugi::xml_node node = root; node; node = next(node, root, depth)) {
-        if (node.type() != pugi::node_element)
-            continue;
-        if (depth > deepestLevel) {
-            shape.isTooDeep = true;
-            return shape;
-        }
-        shape.look(node);
-    }
-    return shape;
 }
 
 // The full check, an order of magnitude slower than parsing: only for documents that hold something unusual.
@@ -204,6 +234,18 @@ void removeBlankText(const pugi::xml_node &root)
     }
 }
 
+bool isEmpty(const pugi::xml_node &element)
+{
+    return !element.first_child() && *element.value() == '\0';
+}
+
+// Where an element begins with text, the parser keeps that text as the element's own value.
+void removeOwnText(const pugi::xml_node &element)
+{
+    if (*element.value() != '\0')
+        element.text().set("");
+}
+
 ParseResult failure(const QString &reason, qsizetype offset = 0)
 {
     return {nullptr, offset, reason};
@@ -226,62 +268,84 @@ bool hasOneRoot(const pugi::xml_document &document)
     return roots == 1;
 }
 
-} // namespace
-
-ParseResult parse(QByteArrayView utf8)
+// The whole check of the elements; without suspicion the strict reader comes in only where one of them asks
+// for it.
+ParseResult checkedElements(std::unique_ptr<pugi::xml_document> document, QByteArrayView utf8,
+                            bool isSuspicious)
 {
-    if (utf8.startsWith("\xEF\xBB\xBF"))
-        utf8 = utf8.sliced(3);
-    if (utf8.size() > largestDocument)
-        return failure(QStringLiteral("the document is longer than 256 MiB"));
-    if (!QUtf8StringView(utf8).isValidUtf8())
-        return failure(QStringLiteral("the document is not UTF-8"));
-
-    if (utf8.startsWith("\xEF\xBB\xBF"))
-        return failure(QStringLiteral("the document begins with two byte-order marks"));
-    const Bounds bytes{utf8.data(), utf8.data() + utf8.size()};
-    const std::string_view all(utf8.data(), size_t(utf8.size()));
-    if (hasControlBytes(bytes))
-        return failure(QStringLiteral("the document holds control characters"));
-
-    // Ordinary documents take the quick way through; what may hide something is read twice, the second time
-    // strictly.
-    const bool hasMarkup = hasSpecialMarkup(all);
-    const bool hasUnusual = hasUnusualReferences(bytes);
-    if (hasUnusual && !hasMarkup)
-        return failure(QStringLiteral("the document holds a reference to nothing"));
-    const bool isSpecial = hasMarkup || all.find("&#") != all.npos;
-    auto document = std::make_unique<pugi::xml_document>();
-    const uint options = pugi::parse_default | pugi::parse_comments | pugi::parse_pi | pugi::parse_fragment
-        | (isSpecial ? pugi::parse_ws_pcdata | pugi::parse_doctype : pugi::parse_ws_pcdata_single);
-    const pugi::xml_parse_result parsed
-        = document->load_buffer(utf8.data(), size_t(utf8.size()), options, pugi::encoding_utf8);
-    if (!parsed)
-        return failure(QString::fromLatin1(parsed.description()), qsizetype(parsed.offset));
-    if (!hasOneRoot(*document))
-        return failure(QStringLiteral("the document is not one element"));
-
-    const Shape shape = shapeOf(document->document_element());
+    const Shape shape(*document);
     if (shape.isTooDeep)
         return failure(QStringLiteral("the document is nested deeper than 256 levels"));
     if (shape.hasRepeatedAttribute)
         return failure(QStringLiteral("an attribute is repeated"));
-    if (isSpecial || !shape.isPlain || hasNonCharacters(bytes)) {
+    if (isSuspicious || !shape.isPlain) {
         qsizetype offset = 0;
         if (const QString error = strictError(utf8, offset); !error.isEmpty())
             return failure(error, offset);
     }
-    if (isSpecial)
-        removeBlankText(document->document_element());
     return {std::move(document), 0, QString()};
+}
+
+} // namespace
+
+Draft draft(QByteArrayView utf8)
+{
+    if (utf8.startsWith("\xEF\xBB\xBF"))
+        utf8 = utf8.sliced(3);
+    if (utf8.size() > largestDocument)
+        return {failure(QStringLiteral("the document is longer than 256 MiB"))};
+    if (utf8.startsWith("\xEF\xBB\xBF"))
+        return {failure(QStringLiteral("the document begins with two byte-order marks"))};
+    const Bytes bytes({utf8.data(), size_t(utf8.size())});
+    if (!bytes.isUtf8)
+        return {failure(QStringLiteral("the document is not UTF-8"))};
+    if (bytes.hasControls)
+        return {failure(QStringLiteral("the document holds control characters"))};
+    if (bytes.hasUnusualReferences && !bytes.hasSpecialMarkup)
+        return {failure(QStringLiteral("the document holds a reference to nothing"))};
+
+    // Ordinary documents take the quick way through; what may hide something is read twice, the second time
+    // strictly.
+    const bool isSpecial = bytes.hasSpecialMarkup || bytes.hasCharacterReferences;
+    auto document = std::make_unique<pugi::xml_document>();
+    const uint options = pugi::parse_default | pugi::parse_comments | pugi::parse_pi | pugi::parse_fragment
+        | (isSpecial ? pugi::parse_ws_pcdata | pugi::parse_doctype
+                     : pugi::parse_ws_pcdata_single | pugi::parse_embed_pcdata);
+    const pugi::xml_parse_result parsed
+        = document->load_buffer(utf8.data(), size_t(utf8.size()), options, pugi::encoding_utf8);
+    if (!parsed)
+        return {failure(QString::fromLatin1(parsed.description()), qsizetype(parsed.offset))};
+    if (!hasOneRoot(*document))
+        return {failure(QStringLiteral("the document is not one element"))};
+    if (!isSpecial && !bytes.hasNonCharacters)
+        return {{std::move(document), 0, QString()}, utf8};
+    Draft result{checkedElements(std::move(document), utf8, true)};
+    if (isSpecial && result.parsed)
+        removeBlankText(result.parsed.document->document_element());
+    return result;
+}
+
+ParseResult checked(Draft draft)
+{
+    return draft.isChecked() ? std::move(draft.parsed)
+                             : checkedElements(std::move(draft.parsed.document), draft.unchecked, false);
+}
+
+ParseResult parse(QByteArrayView utf8)
+{
+    return checked(draft(utf8));
+}
+
+std::optional<QByteArray> readFile(const QString &path)
+{
+    return QFileInfo(path).size() > largestDocument + 3 ? std::nullopt : File::readBytes(path);
 }
 
 ParseResult parseFile(const QString &path)
 {
-    if (QFileInfo(path).size() > largestDocument + 3)
-        return failure(QStringLiteral("the document is longer than 256 MiB"));
-    const std::optional<QByteArray> bytes = File::readBytes(path);
-    return bytes ? parse(*bytes) : failure(QStringLiteral("the file cannot be read"));
+    const std::optional<QByteArray> bytes = readFile(path);
+    return bytes ? parse(*bytes)
+                 : failure(QStringLiteral("the file cannot be read or is longer than 256 MiB"));
 }
 
 QByteArray serialize(const pugi::xml_node &element)
@@ -308,7 +372,7 @@ QString text(const pugi::xml_node &element)
     QByteArray result;
     int depth = 1;
     for (pugi::xml_node node = element; node; node = next(node, element, depth)) {
-        if (isText(node))
+        if (isText(node) || node.type() == pugi::node_element)
             result += node.value();
     }
     return decoded(result);
@@ -317,8 +381,9 @@ QString text(const pugi::xml_node &element)
 void setText(pugi::xml_node element, const QString &text)
 {
     const QString wanted = cleaned(text);
-    if (element.first_child() && Xml::text(element) == wanted)
+    if (!isEmpty(element) && Xml::text(element) == wanted)
         return;
+    removeOwnText(element);
     for (pugi::xml_node child = element.first_child(); child;) {
         const pugi::xml_node after = child.next_sibling();
         if (isText(child) || child.type() == pugi::node_element)
@@ -329,8 +394,19 @@ void setText(pugi::xml_node element, const QString &text)
         element.prepend_child(pugi::node_pcdata).set_value(wanted.toUtf8().constData());
 }
 
+void removeContent(pugi::xml_node element)
+{
+    element.remove_children();
+    removeOwnText(element);
+}
+
 QString cleaned(const QString &text)
 {
+    const bool isClean = std::none_of(text.begin(), text.end(), [](QChar c) {
+        return (c < u' ' && c != u'\t' && c != u'\n') || c.isSurrogate() || c >= QChar(0xFFFE);
+    });
+    if (isClean)
+        return text.isNull() ? QStringLiteral("") : text;
     QString result;
     result.reserve(text.size());
     for (qsizetype i = 0; i < text.size(); ++i) {

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
 #include <memory>
+#include <optional>
 #include <pugixml.hpp>
 
 // XML documents as this system reads and writes them: UTF-8, exactly one root element and no text outside it,
@@ -10,6 +12,9 @@
 // Anything else is no document at all, so that nothing half-understood is ever written back.
 namespace Xml
 {
+
+// The most levels of elements that a document has, its root being the first.
+constexpr int deepestLevel = 256;
 
 // Starts as failed; `reason` is empty only when there is a document. `offset` is a byte position in the
 // input.
@@ -22,10 +27,26 @@ struct ParseResult {
 };
 
 // Comments, processing instructions and CDATA are kept; blank text between elements is not. A leading
-// byte-order mark is skipped.
+// byte-order mark is skipped. The text that an element begins with may be kept as the element's own value()
+// in place of a child node, which saves nearly half of the nodes.
 ParseResult parse(QByteArrayView utf8);
 
-// The same for a file; a missing or unreadable one is a failure like any other.
+// parse() in two steps, for who is going to meet every element anyway. All of a draft is certain but its tags
+// and its depth: it is a document when no element lies deeper than `deepestLevel`, has more than one
+// attribute, a name beyond ASCII or a "<" in an attribute's value. Where one does, checked() decides.
+struct Draft {
+    ParseResult parsed;
+    QByteArrayView unchecked = {}; // what it was made from, to be kept; null when nothing is left to check
+
+    bool isChecked() const { return unchecked.isNull(); }
+};
+Draft draft(QByteArrayView utf8);
+ParseResult checked(Draft draft);
+
+// A file's bytes; nothing when it is missing, unreadable or longer than any document.
+std::optional<QByteArray> readFile(const QString &path);
+
+// What parse() answers for a file's bytes; a missing or unreadable file is a failure like any other.
 ParseResult parseFile(const QString &path);
 
 // The element alone: no declaration, no mark, no added indentation, no final line feed.
@@ -40,6 +61,9 @@ QString text(const pugi::xml_node &element);
 // Makes `text`, cleaned, all the text inside the element. Comments and instructions stay; when the text is
 // the same already, everything does.
 void setText(pugi::xml_node element, const QString &text);
+
+// Leaves nothing inside the element.
+void removeContent(pugi::xml_node element);
 
 // The text without what XML forbids (control characters, lone surrogates, U+FFFE and U+FFFF), its line breaks
 // as line feeds.

@@ -8,6 +8,7 @@
 #include <QDialog>
 #include <QKeyEvent>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QThread>
 
 namespace
@@ -32,6 +33,12 @@ WindowController::~WindowController()
     if (!m_window)
         return;
     m_window->removeEventFilter(this);
+    // A field that is destroyed while it has the focus is asked about by assistive tools when it is half
+    // gone.
+    if (QWidget *focused = m_window->focusWidget()) {
+        const QSignalBlocker silent(focused);
+        focused->clearFocus();
+    }
     m_window->hide();
     const bool hadLoop = ModalLoop::abortLoopsOf(m_window);
     // Inside the window's own close event its handler deletes it at the end; inside any other event the event

@@ -1,6 +1,9 @@
 #include "Classes/Delegate/PluginSettingsDelegate/PluginSettingsDelegate.h"
 
 #include "Classes/Delegate/PluginSettingsInfo.h"
+#include "Classes/Delegate/RoundView.h"
+#include "Classes/Delegate/SimpleCell.h"
+#include "Classes/Delegate/TransitionBGView.h"
 #include "Classes/Mode/Locale.h"
 #include "Classes/Mode/Log/LogAlert.h"
 #include "Classes/Mode/SelectedLanguage.h"
@@ -14,6 +17,7 @@
 #include "platform/ui/Slider.h"
 #include "platform/ui/WebView.h"
 #include "text/ColorButtonCell.h"
+#include "text/SelectedCell.h"
 
 #include <QAbstractButton>
 #include <QBoxLayout>
@@ -31,13 +35,6 @@ namespace
 constexpr int previewInterval = 330; // milliseconds
 const QString identifier = QStringLiteral("linklist");
 
-void registerInterfaceClasses()
-{
-    Nib::registerClass<PrivateView>();
-    Nib::registerClass<ColorButtonCell>();
-    Nib::registerClass<WebView>();
-}
-
 PluginSettingsInfo workspaceInfo(const QString &workSpace, const QString &bundlePath)
 {
     PluginSettingsInfo info;
@@ -47,23 +44,18 @@ PluginSettingsInfo workspaceInfo(const QString &workSpace, const QString &bundle
     return info;
 }
 
-// Puts a widget where a placeholder of the interface file is, in its layout if it is in one, and removes the
-// placeholder. Without one the widget joins the window with an empty frame.
-void replacePlaceholder(QWidget *placeholder, QWidget *widget, QWidget *window)
-{
-    QWidget *parent = placeholder ? placeholder->parentWidget() : window;
-    const QRect frame = placeholder ? placeholder->geometry() : QRect();
-    widget->setParent(parent);
-    QLayout *layout = placeholder && parent ? parent->layout() : nullptr;
-    const std::unique_ptr<QLayoutItem> replaced(layout ? layout->replaceWidget(placeholder, widget)
-                                                       : nullptr);
-    if (!replaced)
-        widget->setGeometry(frame);
-    widget->show();
-    delete placeholder;
-}
-
 } // namespace
+
+void PluginSettingsDelegate::registerInterfaceClasses()
+{
+    Nib::registerClass<PrivateView>();
+    Nib::registerClass<ColorButtonCell>();
+    Nib::registerClass<SelectedCell>();
+    Nib::registerClass<SimpleCell>();
+    Nib::registerClass<RoundView>();
+    Nib::registerClass<TransitionBGView>();
+    Nib::registerClass<WebView>();
+}
 
 std::unique_ptr<PluginSettingsDelegate>
 PluginSettingsDelegate::initWithLanguageCode(const QString &languageCode, const QString &bundlePath)
@@ -88,8 +80,12 @@ PluginSettingsDelegate::~PluginSettingsDelegate()
 {
     if (m_iWebView)
         m_iWebView->stopLoading();
-    if (m_privateView)
+    if (m_privateView) {
+        m_privateView->endEditing();
         m_privateView->setOwer(nullptr);
+    }
+    if (m_positionView)
+        m_positionView->setOwer(nullptr);
     // A session whose window never loaded has copied nothing; any other backup is the person's last way back.
     m_backup.clearIfEmpty();
 }
@@ -148,7 +144,7 @@ void PluginSettingsDelegate::awakeFromNib()
         m_privateView->setOwer(this);
         m_privateView->setBundlePath(m_bundlePath);
         m_privateView->loadDispInfo();
-        replacePlaceholder(outlet<QWidget>("PrivateSettingView"), m_privateView, window());
+        replacePlaceholder("PrivateSettingView", m_privateView);
     }
     loadSettings();
 
@@ -180,6 +176,27 @@ void PluginSettingsDelegate::loadPrivateView()
         return;
     m_privateView = views.last();
     m_privateView->setParent(window());
+}
+
+// Puts a widget where a placeholder of the interface file is, in its layout if it is in one, and removes the
+// placeholder. Without one the widget joins the window with an empty frame.
+void PluginSettingsDelegate::replacePlaceholder(const char *name, QWidget *widget)
+{
+    auto *placeholder = outlet<QWidget>(name);
+    QWidget *parent = placeholder ? placeholder->parentWidget() : window();
+    const QRect frame = placeholder ? placeholder->geometry() : QRect();
+    widget->setParent(parent);
+    QLayout *layout = placeholder && parent ? parent->layout() : nullptr;
+    const std::unique_ptr<QLayoutItem> replaced(layout ? layout->replaceWidget(placeholder, widget)
+                                                       : nullptr);
+    if (replaced) {
+        widget->setSizePolicy(placeholder->sizePolicy());
+        widget->setMinimumSize(placeholder->minimumSize());
+    } else {
+        widget->setGeometry(frame);
+    }
+    widget->show();
+    delete placeholder;
 }
 
 // OK stands left of Cancel on the desktops that have it so.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Classes/Delegate/EditView/PositionView.h"
 #include "Classes/Delegate/PositionRect.h"
 #include "Classes/Delegate/WorkspaceBackup.h"
 #include "linklist/PrivateView.h"
@@ -20,13 +21,16 @@ class WebView;
 // preview. Every edit is written to the workspace at once; a backup of the workspace, taken when the window
 // opens, is what Cancel goes back to. The host sets the workspace and the modal mode before it first asks for
 // the window, and reads closeMode and isCloseBundle after the close.
-class PluginSettingsDelegate : public WindowController, public PrivateViewDelete
+class PluginSettingsDelegate : public WindowController, public PrivateViewDelete, public PostionViewDelete
 {
     Q_OBJECT
 
 public:
     static constexpr qint64 applyMode = 1;
     static constexpr qint64 revertMode = 0;
+
+    // The widget classes that an interface file may name, besides the toolkit's own.
+    static void registerInterfaceClasses();
 
     // Empty when there is no interface file for the window. A nil language leaves the process's language as
     // it is, a nil bundle path stands for the main bundle.
@@ -73,6 +77,8 @@ public:
     bool clearBackupSettings() { return m_backup.clear(); }
 
     // Position and transparency controls.
+    void onChangePositionView() override;
+    void didChangedPositionView() override;
     void controlTextDidChange(QWidget *field);
     static QString checkStringFrom(const QString &text);
     void onTransparency(QObject *sender = nullptr);
@@ -85,6 +91,7 @@ public:
     const PositionRect &ptRect() const { return m_ptRect; }
     bool isChange() const { return m_isChange; }
     PrivateView *privateView() const { return m_privateView; }
+    PositionView *positionView() const { return m_positionView; }
 
 private:
     struct MarginField {
@@ -98,6 +105,9 @@ private:
     void initialParaments();
     void findOutlets();
     void loadPrivateView();
+    void loadPositionView();
+    void replacePlaceholder(const char *name, QWidget *widget);
+    void showInPositionView();
     void showMargins();
     bool savePreviewPage() const;
     void stripWorkspace(const QStringList &files) const;
@@ -123,4 +133,5 @@ private:
     QPointer<Matrix> m_matLayer;
     QPointer<WebView> m_iWebView;
     QPointer<PrivateView> m_privateView;
+    QPointer<PositionView> m_positionView;
 };

@@ -1,6 +1,7 @@
 // The half of PluginSettingsDelegate that keeps controls, rectangle and workspace files in step.
 #include "Classes/Delegate/PluginSettingsDelegate/PluginSettingsDelegate.h"
 
+#include "Classes/Delegate/EditView/OZEditView.h"
 #include "Classes/Delegate/PluginSettingsInfo.h"
 #include "Classes/Mode/UtilityFunction.h"
 #include "platform/Bundle.h"
@@ -46,13 +47,50 @@ bool PluginSettingsDelegate::loadSettingFromFile(const QString &path)
     const std::optional<PositionRect> rect
         = File::isUsableFolderPath(path) ? PositionRect::readFromFile(path) : std::nullopt;
     m_ptRect = rect.value_or(PositionRect());
-    showMargins();
+    loadPositionView();
+    showInPositionView();
+    onChangePositionView();
     if (m_sldTrans)
         m_sldTrans->setDoubleValue(m_ptRect.transparency());
     Field::putText(m_txtTransparency, shown(m_ptRect.transparency()));
     if (m_matLayer)
         m_matLayer->selectCellWithTag(m_ptRect.layer());
     return rect.has_value();
+}
+
+// Once in a session.
+void PluginSettingsDelegate::loadPositionView()
+{
+    if (m_positionView)
+        return;
+    m_positionView = new PositionView;
+    replacePlaceholder("positionDrawView", m_positionView);
+    m_positionView->setOwer(this);
+}
+
+void PluginSettingsDelegate::showInPositionView()
+{
+    if (!m_positionView)
+        return;
+    m_positionView->setPositionRect(m_ptRect);
+    // The frame joins the window with its first box; Tab reaches it between the margins that surround it.
+    QWidget *frame = m_positionView->objectView();
+    QWidget *before = m_margins[0];
+    if (before && frame->window() == before->window())
+        QWidget::setTabOrder(before, frame);
+}
+
+// While the frame is dragged the fields follow it live; the save comes when it is let go.
+void PluginSettingsDelegate::onChangePositionView()
+{
+    if (m_positionView)
+        m_ptRect = m_positionView->getPositionRect();
+    showMargins();
+}
+
+void PluginSettingsDelegate::didChangedPositionView()
+{
+    saveGlobalSettings();
 }
 
 void PluginSettingsDelegate::showMargins()
@@ -105,6 +143,7 @@ void PluginSettingsDelegate::controlTextDidChange(QWidget *field)
     for (size_t i = 0; i < marginFields.size(); ++i) {
         if (field == m_margins[i]) {
             (m_ptRect.*marginFields[i].setMargin)(Number::toSingle(corrected(m_margins[i])));
+            showInPositionView();
             saveGlobalSettings();
             return;
         }
@@ -112,6 +151,7 @@ void PluginSettingsDelegate::controlTextDidChange(QWidget *field)
     if (field == m_txtTransparency) {
         const QString text = corrected(m_txtTransparency);
         m_ptRect.setTransparency(Number::toSingle(text));
+        showInPositionView();
         if (m_sldTrans)
             m_sldTrans->setDoubleValue(Number::toDouble(text));
         saveGlobalSettings();
@@ -129,6 +169,7 @@ void PluginSettingsDelegate::onTransparency(QObject *)
         return;
     Field::putText(m_txtTransparency, shown(m_sldTrans->doubleValue()));
     m_ptRect.setTransparency(double(float(m_sldTrans->doubleValue())));
+    showInPositionView();
     saveGlobalSettings();
 }
 

@@ -1,0 +1,91 @@
+# shellcheck shell=bash
+# What the end-to-end scripts share; they source it with the build folder as the first argument: a virtual display with
+# a window manager, the host's window on a workspace of its own, the mouse, and checks that are printed.
+set -euo pipefail
+
+build=$(cd "$1" && pwd)
+tests=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+for tool in Xvfb openbox xdotool import; do
+    command -v "$tool" >/dev/null || { echo "no $tool here"; exit 77; }
+done
+
+scratch=$(mktemp -d)
+workspace=$scratch/workspace
+geometry=$scratch/geometry
+settings=$workspace/settings.dat
+failures=0
+processes=()
+finish() {
+    local process
+    for process in "${processes[@]}"; do
+        kill "$process" 2>/dev/null || true
+        wait "$process" 2>/dev/null || true
+    done
+    rm -rf "$scratch"
+}
+trap finish EXIT
+
+# wait_until SECONDS COMMAND...
+wait_until() {
+    local tries=$(($1 * 20))
+    shift
+    until "$@"; do
+        ((tries-- > 0)) || return 1
+        sleep 0.05
+    done
+}
+
+check() { # check WHAT COMMAND...
+    local what=$1
+    shift
+    if "$@"; then
+        echo "ok    $what"
+    else
+        echo "FAIL  $what"
+        failures=$((failures + 1))
+    fi
+}
+
+start_display() {
+    Xvfb -displayfd 3 -screen 0 1280x960x24 -nolisten tcp -noreset 3>"$scratch/display" 2>"$scratch/xvfb.log" &
+    processes+=($!)
+    wait_until 30 test -s "$scratch/display"
+    DISPLAY=:$(<"$scratch/display")
+    export DISPLAY
+    openbox >"$scratch/openbox.log" 2>&1 &
+    processes+=($!)
+    wait_until 10 xdotool get_desktop >"$scratch/xdotool.log" 2>&1
+}
+
+start_host() {
+    export XDG_RUNTIME_DIR=$scratch/runtime QT_QPA_PLATFORM=xcb
+    export QTWEBENGINE_CHROMIUM_FLAGS=--disable-gpu QT_LOGGING_RULES=qt.webenginecontext.info=false
+    [ "$(id -u)" != 0 ] || export QTWEBENGINE_DISABLE_SANDBOX=1
+    mkdir -m 0700 "$XDG_RUNTIME_DIR"
+    "$build/linklist-host" --workspace "$workspace" --print-geometry "$geometry" >"$scratch/host.log" 2>&1 &
+    host=$!
+    processes+=("$host")
+    wait_until 60 grep -qs '^preview loaded' "$geometry"
+}
+
+# The place of a part of the window: its last line counts.
+place() { awk -v name="$1" '$1 == name { line = $2 " " $3 " " $4 " " $5 } END { print line }' "$geometry"; }
+click() {
+    local x y w h
+    read -r x y w h <<<"$(place "$1")"
+    xdotool mousemove --sync $((x + w / 2)) $((y + h / 2)) click 1
+}
+
+ended() { ! kill -0 "$host" 2>/dev/null; }
+# Presses OK and waits for the host's end.
+press_ok() {
+    local status=0
+    click btnOK
+    check "OK closes the window" wait_until 20 ended
+    wait "$host" || status=$?
+    check "the host ends with status 0" test "$status" = 0
+}
+conclude() {
+    echo "      $failures of the checks failed"
+    [ "$failures" = 0 ]
+}
