@@ -109,7 +109,7 @@ QByteArray ScriptBuffer::take()
 void ScriptBuffer::grow(qsizetype more)
 {
     const qsizetype used = size();
-    const qsizetype size = std::max(used + more, used + used / 2);
+    const qsizetype size = std::max(used + more, m_bytes.size() + m_bytes.size() / 2);
     m_bytes.reserve(size); // resize() alone would take up to twice as much
     m_bytes.resize(size);
     m_at = m_bytes.data() + used;

@@ -4,6 +4,7 @@
 #include "Classes/Delegate/RoundView.h"
 #include "Classes/Delegate/SimpleCell.h"
 #include "Classes/Delegate/TransitionBGView.h"
+#include "Classes/Mode/LastDocument.h"
 #include "Classes/Mode/Locale.h"
 #include "Classes/Mode/Log/LogAlert.h"
 #include "Classes/Mode/SelectedLanguage.h"
@@ -86,6 +87,7 @@ PluginSettingsDelegate::~PluginSettingsDelegate()
     }
     if (m_positionView)
         m_positionView->setOwer(nullptr);
+    LastDocument::forget();
     // A session whose window never loaded has copied nothing; any other backup is the person's last way back.
     m_backup.clearIfEmpty();
 }
