@@ -173,7 +173,7 @@ bool LinkListModel::setData(const QModelIndex &index, const QVariant &value, int
     if (index.column() == TitleColumn)
         setTitle(index.row(), value.toString());
     else
-        setLink(index.row(), LinkListDocument::convertHttpFormat(value.toString()));
+        setLink(index.row(), LinkListDocument::convertHttpFormat(Xml::cleaned(value.toString())));
     return true;
 }
 

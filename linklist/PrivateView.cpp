@@ -14,6 +14,7 @@
 #include <QLineEdit>
 #include <QPainter>
 #include <QTableView>
+#include <exception>
 
 PrivateView::PrivateView(QWidget *parent)
     : QWidget(parent)
@@ -109,8 +110,12 @@ bool PrivateView::onSave(QObject *)
     const auto result = LinkListDocument::save(settings(), settingFileInWorkspace(), settingFileInApp());
     if (result == LinkListDocument::SaveResult::NoDocument)
         return false;
-    if (m_ower)
-        m_ower->saveGlobalSettings();
+    try {
+        if (m_ower)
+            m_ower->saveGlobalSettings();
+    } catch (const std::exception &) {
+        // The list is saved all the same, and nothing may leave an event handler.
+    }
     return result == LinkListDocument::SaveResult::Saved;
 }
 

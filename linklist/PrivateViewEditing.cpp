@@ -3,6 +3,7 @@
 
 #include "Classes/Mode/Locale.h"
 #include "Classes/Mode/Log/LogAlert.h"
+#include "Classes/Mode/Xml.h"
 #include "linklist/LinkCellDelegate.h"
 #include "linklist/LinkListModel.h"
 #include "platform/Number.h"
@@ -60,6 +61,8 @@ void PrivateView::connectFields()
     for (QLineEdit *field : {m_titleContent.data(), m_titleSize.field.data(), m_bodySize.field.data(),
                              m_content.data(), m_link.data()}) {
         Field::onTextChange(field, this, [this](QLineEdit *changed) {
+            if (m_edited && m_edited != changed)
+                controlTextDidEndEditing(m_edited);
             m_edited = changed;
             controlTextDidChange(changed);
         });
@@ -83,7 +86,10 @@ void PrivateView::connectButtons()
         if (button)
             connect(button, &QAbstractButton::clicked, this, action);
     };
-    onClick(m_save, [this] { onSave(m_save); });
+    onClick(m_save, [this] {
+        commitEditing();
+        onSave(m_save);
+    });
     onClick(m_add, [this] { onAdd(m_add); });
     onClick(m_remove, [this] { onRemove(m_remove); });
     onClick(m_moveUp, [this] { onMoveUp(m_moveUp); });
@@ -180,8 +186,12 @@ void PrivateView::controlTextDidChange(QWidget *field)
         return;
     }
     for (const FontSize &size : {m_titleSize, m_bodySize}) {
-        if (field == size.field)
-            showFontSize(size, stringWithNumber(size.field->text()));
+        if (field != size.field)
+            continue;
+        // The caret stays behind the digit that it stood behind.
+        const QString before = size.field->text().left(size.field->cursorPosition());
+        showFontSize(size, stringWithNumber(size.field->text()));
+        size.field->setCursorPosition(int(stringWithNumber(before).size()));
     }
     if (field == m_titleContent || field == m_titleSize.field || field == m_bodySize.field)
         onSave();
@@ -203,7 +213,7 @@ void PrivateView::controlTextDidEndEditing(QWidget *field)
         if (field == m_content) {
             m_model->setTitle(m_selectedItem.row(), m_content->text());
         } else {
-            const QString link = convertHttpFormat(m_link->text());
+            const QString link = convertHttpFormat(Xml::cleaned(m_link->text()));
             m_model->setLink(m_selectedItem.row(), link);
             Field::putText(m_link, link);
         }
@@ -268,13 +278,21 @@ int PrivateView::selectedRow() const
     return std::binary_search(rows.begin(), rows.end(), current) ? current : rows.last();
 }
 
-// Replaces the selection by the rows, which stand one below the other.
+// Replaces the selection by the rows.
 void PrivateView::selectRows(const QList<int> &rows)
 {
     if (!m_tableView || rows.isEmpty())
         return;
     const QModelIndex first = m_model->index(rows.first(), 0);
-    const QItemSelection selection(first, m_model->index(rows.last(), LinkListModel::ColumnCount - 1));
+    QItemSelection selection;
+    for (qsizetype begin = 0; begin < rows.size();) {
+        qsizetype end = begin + 1;
+        while (end < rows.size() && rows[end] == rows[end - 1] + 1)
+            ++end;
+        selection.append(QItemSelectionRange(m_model->index(rows[begin], 0),
+                                             m_model->index(rows[end - 1], LinkListModel::ColumnCount - 1)));
+        begin = end;
+    }
     QItemSelectionModel *model = m_tableView->selectionModel();
     model->select(selection, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
     if (!selection.contains(m_tableView->currentIndex()))
@@ -309,6 +327,10 @@ void PrivateView::refreshEditInfo()
     m_isEditInfoDue = false;
     checkButtonStatus();
     const int row = selectedRow();
+    // What was typed for the row before belongs to that one.
+    if (m_selectedItem.isValid() && m_selectedItem.row() != row
+        && (m_edited == m_content || m_edited == m_link))
+        controlTextDidEndEditing(m_edited);
     m_selectedItem = m_model->index(row, 0);
     for (QLineEdit *field : {m_content.data(), m_link.data()}) {
         if (field)
@@ -368,11 +390,12 @@ void PrivateView::move(QList<int> (LinkListModel::*step)(const QList<int> &))
     if (rows.isEmpty())
         return;
     m_cells->commitEditor();
+    // A selection of many pieces would be carried along through every single move.
+    m_tableView->selectionModel()->clearSelection();
     const QList<int> moved = (m_model->*step)(rows);
-    if (!moved.isEmpty()) {
-        selectRows(moved);
+    selectRows(moved.isEmpty() ? rows : moved);
+    if (!moved.isEmpty())
         onSave();
-    }
     checkButtonStatus();
 }
 

@@ -29,15 +29,17 @@ bool replace(const QString &path, Fill fill)
 {
     std::error_code error;
     const bool isLink = fs::is_symlink(native(path), error);
-    // QSaveFile writes through a link to its target, which may lie outside the workspace.
-    const QString aside = isLink ? path + u'.' + QUuid::createUuid().toString(QUuid::Id128) : path;
+    const bool isAside = isLink || (QFileInfo(path).isFile() && !QFileInfo(path).isWritable());
+    // QSaveFile writes through a link to its target, which may lie outside the workspace, and refuses a file
+    // that may not be written, though it is the entry in its folder that is replaced.
+    const QString aside = isAside ? path + u'.' + QUuid::createUuid().toString(QUuid::Id128) : path;
     QSaveFile file(aside);
     if (!file.open(QIODevice::WriteOnly) || !fill(file) || !file.flush()
         || file.error() != QFileDevice::NoError)
         return false;
     if (!file.commit())
         return false;
-    if (!isLink)
+    if (!isAside)
         return true;
     fs::rename(native(aside), native(path), error);
     if (error)
@@ -127,7 +129,7 @@ bool exists(const QString &path)
     return !path.isEmpty() && fs::symlink_status(native(path), error).type() != fs::file_type::not_found;
 }
 
-QStringList subpaths(const QString &folder)
+QStringList subpaths(const QString &folder, bool *isWhole)
 {
     QStringList result;
     if (!isFolder(folder))
@@ -138,7 +140,16 @@ QStringList subpaths(const QString &folder)
     for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error))
         result.append(
             QFile::decodeName(QByteArray::fromStdString(entry->path().lexically_relative(root).string())));
+    if (isWhole && error)
+        *isWhole = false;
     return result;
+}
+
+bool isListable(const QString &folder)
+{
+    std::error_code error;
+    const fs::directory_iterator entries(native(folder), error);
+    return !error;
 }
 
 QString joined(const QString &base, const QString &component)

@@ -43,7 +43,11 @@ bool exists(const QString &path);
 
 // Every entry below the folder as a relative path, hidden ones included, parents before children. Links are
 // listed and not entered.
-QStringList subpaths(const QString &folder);
+// Folders that may not be read are not entered either; `isWhole` becomes false when the listing broke off.
+QStringList subpaths(const QString &folder, bool *isWhole = nullptr);
+
+// True when what the folder holds can be told.
+bool isListable(const QString &folder);
 
 // Two paths joined with exactly one separator; either may be empty.
 QString joined(const QString &base, const QString &component);

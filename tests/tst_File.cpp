@@ -1,5 +1,6 @@
 #include "platform/File.h"
 #include "tests/support/Fixtures.h"
+#include "tests/support/OrdinaryRights.h"
 #include "tests/support/TestCase.h"
 
 #include <QDir>
@@ -21,6 +22,7 @@ private Q_SLOTS:
     void writeReplacesTheWholeFile();
     void writeToAMissingFolderFails();
     void writeReplacesALinkAndLeavesItsTarget();
+    void writeReplacesAFileThatMayNotBeWritten();
     void copyKeepsPermissionsAndNeverReplaces();
     void copiesALinkAsALink();
     void copyRefusesWhatIsNoFile();
@@ -89,6 +91,16 @@ void tst_File::writeReplacesALinkAndLeavesItsTarget()
     QCOMPARE(get(at("link")), QByteArray("mine"));
     QCOMPARE(get(at("outside")), QByteArray("outside"));
     QCOMPARE(File::subpaths(m_folder->path()).size(), 2);
+}
+
+void tst_File::writeReplacesAFileThatMayNotBeWritten()
+{
+    put(at("a"), "old");
+    QVERIFY(QFile::setPermissions(at("a"), QFile::ReadOwner));
+    const OrdinaryRights rights;
+    QVERIFY(File::write(at("a"), "new"));
+    QCOMPARE(get(at("a")), QByteArray("new"));
+    QCOMPARE(File::subpaths(m_folder->path()), QStringList{QStringLiteral("a")});
 }
 
 void tst_File::copyKeepsPermissionsAndNeverReplaces()

@@ -16,6 +16,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QDir>
+#include <QFileInfo>
 #include <QLineEdit>
 #include <QProcess>
 #include <QPushButton>
@@ -59,6 +60,9 @@ private Q_SLOTS:
     void sessionDeletedInsideTheQuestionIsSafe();
     void sessionWithoutWindowRemovesItsEmptyBackup();
     void sessionDroppedWithItsWindowOpenKeepsItsBackup();
+    void workspaceStaysOnceTheWindowIsLoaded();
+    void buttonsOfAnEndedSessionCloseTheWindow();
+    void relativeBundlePathStaysTheSameFolder();
     void missingInterfaceElementsAreHarmless();
     void linkListFileWithoutEditorLeavesTheRest();
     void oldSettingsAreRewrittenAtTheStart();
@@ -463,6 +467,45 @@ void tst_PluginSettingsDelegate::sessionDroppedWithItsWindowOpenKeepsItsBackup()
     controller.reset();
     QVERIFY(File::exists(backup + QStringLiteral("/linklist.xml")));
     QVERIFY(File::removeAll(backup));
+}
+
+void tst_PluginSettingsDelegate::workspaceStaysOnceTheWindowIsLoaded()
+{
+    const QTemporaryDir other;
+    put(other.filePath(QStringLiteral("mine")), "kept");
+    const auto controller = open();
+    controller->setWorkSpace(other.path());
+    QCOMPARE(controller->workSpace(), m_bundle->workSpace());
+    controller->onCancel();
+    QCOMPARE(get(other.filePath(QStringLiteral("mine"))), QByteArray("kept"));
+}
+
+void tst_PluginSettingsDelegate::buttonsOfAnEndedSessionCloseTheWindow()
+{
+    const auto controller = open();
+    controller->onOK();
+    const auto published = Fixtures::tree(m_bundle->workSpace());
+    auto *cancel = part<QAbstractButton>(*controller, "btnCancel");
+    QTimer::singleShot(0, cancel, [cancel] { cancel->click(); });
+    QCOMPARE(controller->runModal(), 1);
+    QVERIFY(!controller->window()->isVisible());
+    QCOMPARE(controller->closeMode(), 1);
+    QCOMPARE(Fixtures::tree(m_bundle->workSpace()), published);
+}
+
+void tst_PluginSettingsDelegate::relativeBundlePathStaysTheSameFolder()
+{
+    const QString previous = QDir::currentPath();
+    QVERIFY(QDir::setCurrent(QFileInfo(m_bundle->path()).path()));
+    const auto controller
+        = Controller::initWithLanguageCode(QStringLiteral("en"), QFileInfo(m_bundle->path()).fileName());
+    QVERIFY(controller);
+    QVERIFY(QDir::setCurrent(previous));
+    controller->setWorkSpace(m_bundle->workSpace());
+    QVERIFY(controller->window());
+    controller->onDefaultSetting();
+    QCOMPARE(settings().first(), QByteArray("10.0"));
+    controller->onCancel();
 }
 
 void tst_PluginSettingsDelegate::missingInterfaceElementsAreHarmless()

@@ -25,6 +25,7 @@
 #include <QTimer>
 #include <algorithm>
 #include <functional>
+#include <stdexcept>
 
 using Fixtures::get;
 using Fixtures::put;
@@ -72,6 +73,13 @@ private Q_SLOTS:
     void leavingAnUntouchedLinkLeavesIt();
     void typingWithoutSelectionChangesNothing();
     void composedTextArrivesWhole();
+    void nothingIsCorrectedUnderAComposition();
+    void correctedSizeKeepsTheCaret();
+    void linkIsNormalisedForItsOwnRow();
+    void changeInAnotherFieldEndsTheFirst();
+    void forbiddenCharactersOfALinkAreDropped();
+    void ownersExceptionIsDropped();
+    void scatteredRowsOfALongListMoveQuickly();
     void removalAsksAndCancelKeepsEverything();
     void removalTakesAllSelectedRows();
     void removalWithoutSelectionAsksNothing();
@@ -509,7 +517,7 @@ void tst_PrivateView::composedTextArrivesWhole()
     part("txtContent")->selectAll();
     QInputMethodEvent composing(QStringLiteral("にほ"), {});
     QApplication::sendEvent(part("txtContent"), &composing);
-    QCOMPARE(titles(), QStringLiteral("BCDE"));
+    QCOMPARE(titles(), QStringLiteral("ABCDE"));
     QInputMethodEvent done;
     done.setCommitString(QStringLiteral("日本"));
     QApplication::sendEvent(part("txtContent"), &done);
@@ -525,6 +533,93 @@ void tst_PrivateView::composedTextArrivesWhole()
     digit.setCommitString(QStringLiteral("2"));
     QApplication::sendEvent(size, &digit);
     QCOMPARE(size->text(), QStringLiteral("12"));
+}
+
+void tst_PrivateView::nothingIsCorrectedUnderAComposition()
+{
+    QLineEdit *size = part("txtBodyFontSize");
+    size->setText(QStringLiteral("1"));
+    QInputMethodEvent commitAndGoOn(QStringLiteral("zz"), {});
+    commitAndGoOn.setCommitString(QStringLiteral("b2"));
+    QApplication::sendEvent(size, &commitAndGoOn);
+    QCOMPARE(size->text(), QStringLiteral("1b2"));
+    QInputMethodEvent done;
+    QApplication::sendEvent(size, &done);
+    QTRY_COMPARE(size->text(), QStringLiteral("12"));
+}
+
+void tst_PrivateView::correctedSizeKeepsTheCaret()
+{
+    QLineEdit *size = part("txtBodyFontSize");
+    size->setText(QStringLiteral("1234"));
+    size->setCursorPosition(2);
+    QTest::keyClicks(size, QStringLiteral("a"));
+    QCOMPARE(size->text(), QStringLiteral("1234"));
+    QCOMPARE(size->cursorPosition(), 2);
+}
+
+void tst_PrivateView::linkIsNormalisedForItsOwnRow()
+{
+    load(fiveTitles);
+    select({0});
+    part("txtLink")->setText(QStringLiteral("a b"));
+    button("btnAdd")->click();
+    settle();
+    QCOMPARE(m_view->model()->items()[0].link, QStringLiteral("http://a%20b"));
+    QCOMPARE(m_view->model()->items()[5].link, QStringLiteral("http://www.example.com"));
+    QCOMPARE(part("txtLink")->text(), QStringLiteral("http://www.example.com"));
+    QVERIFY(document().contains(">http://a%20b<"));
+}
+
+void tst_PrivateView::changeInAnotherFieldEndsTheFirst()
+{
+    load(fiveTitles);
+    select({0});
+    part("txtLink")->setText(QStringLiteral("x y"));
+    part("txtContent")->setText(QStringLiteral("new"));
+    QCOMPARE(m_view->model()->items()[0].link, QStringLiteral("http://x%20y"));
+}
+
+void tst_PrivateView::forbiddenCharactersOfALinkAreDropped()
+{
+    load(fiveTitles);
+    m_view->setObjectValue(QStringLiteral("http://a\u0001b"), LinkListModel::LinkColumn, 0);
+    QCOMPARE(m_view->model()->items()[0].link, QStringLiteral("http://ab"));
+}
+
+class ThrowingOwner : public PrivateViewDelete
+{
+public:
+    void saveGlobalSettings() override { throw std::runtime_error("no"); }
+};
+
+void tst_PrivateView::ownersExceptionIsDropped()
+{
+    ThrowingOwner owner;
+    m_view->setOwer(&owner);
+    QVERIFY(m_view->onSave());
+    m_view->setOwer(&m_owner);
+}
+
+void tst_PrivateView::scatteredRowsOfALongListMoveQuickly()
+{
+    QStringList titles;
+    for (int i = 0; i < 10'000; ++i)
+        titles += QStringLiteral("t%1").arg(i);
+    load(titles);
+    QItemSelection everySecond;
+    for (int row = 1; row < 9'999; row += 2)
+        everySecond.append(
+            QItemSelectionRange(m_view->model()->index(row, 0), m_view->model()->index(row, 1)));
+    table()->selectionModel()->select(everySecond, QItemSelectionModel::ClearAndSelect);
+    settle();
+    QElapsedTimer timer;
+    timer.start();
+    button("btnMoveUp")->click();
+    settle();
+    QVERIFY2(timer.elapsed() < 4'000, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(selection().size(), 4'999);
+    QCOMPARE(selection().first(), 0);
 }
 
 void tst_PrivateView::removalAsksAndCancelKeepsEverything()

@@ -1,6 +1,7 @@
 #include "Classes/Delegate/WorkspaceBackup.h"
 #include "platform/File.h"
 #include "tests/support/Fixtures.h"
+#include "tests/support/OrdinaryRights.h"
 #include "tests/support/TestCase.h"
 
 #include <QFileInfo>
@@ -23,6 +24,10 @@ private Q_SLOTS:
     void clearIfEmptyKeepsABackup();
     void undoWithoutBackupLeavesTheWorkspace();
     void undoIntoAFileLeavesTheFile();
+    void unreadableFolderStaysInTheWorkspace();
+    void backupInsideTheWorkspaceIsNone();
+    void otherWorkspaceIsLeftAlone();
+    void foldersKeepTheirPermissions();
 
 private:
     QString at(const char *name) const { return m_folder->filePath(QString::fromUtf8(name)); }
@@ -135,6 +140,57 @@ void tst_WorkspaceBackup::undoIntoAFileLeavesTheFile()
     QVERIFY(!backup.undo(at("file")));
     QCOMPARE(Fixtures::get(at("file")), QByteArray("mine"));
     QVERIFY(!File::exists(at("backup")));
+}
+
+void tst_WorkspaceBackup::unreadableFolderStaysInTheWorkspace()
+{
+    put(at("ws/closed/z"), "mine");
+    WorkspaceBackup backup = this->backup();
+    QVERIFY(backup.create());
+    {
+        const OrdinaryRights rights;
+        QVERIFY(QFile::setPermissions(at("ws/closed"), QFile::Permissions()));
+        QVERIFY(!backup.save(at("ws")));
+    }
+    QVERIFY(QFile::setPermissions(at("ws/closed"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    put(at("ws/a"), "changed");
+    QVERIFY(backup.undo(at("ws")));
+    QCOMPARE(Fixtures::get(at("ws/a")), QByteArray("one"));
+    QCOMPARE(Fixtures::get(at("ws/closed/z")), QByteArray("mine"));
+}
+
+void tst_WorkspaceBackup::backupInsideTheWorkspaceIsNone()
+{
+    const auto before = tree(at("ws"));
+    WorkspaceBackup backup;
+    backup.setPath(at("ws/tmp"));
+    QVERIFY(backup.create());
+    QVERIFY(!backup.save(at("ws")));
+    QVERIFY(!backup.undo(at("ws")));
+    QCOMPARE(tree(at("ws")), before);
+}
+
+void tst_WorkspaceBackup::otherWorkspaceIsLeftAlone()
+{
+    put(at("other/mine"), "kept");
+    WorkspaceBackup backup = this->backup();
+    QVERIFY(backup.create());
+    QVERIFY(backup.save(at("ws")));
+    QVERIFY(!backup.undo(at("other")));
+    QCOMPARE(Fixtures::get(at("other/mine")), QByteArray("kept"));
+    QVERIFY(File::exists(at("backup/a")));
+}
+
+void tst_WorkspaceBackup::foldersKeepTheirPermissions()
+{
+    const auto closed = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+    QVERIFY(QFile::setPermissions(at("ws/.hidden"), closed));
+    WorkspaceBackup backup = this->backup();
+    QVERIFY(backup.create());
+    QVERIFY(backup.save(at("ws")));
+    QVERIFY(backup.undo(at("ws")));
+    QCOMPARE(QFile::permissions(at("ws/.hidden")) & (QFile::ReadOther | QFile::ExeOther | QFile::ReadGroup),
+             QFile::Permissions());
 }
 
 LINKLIST_TEST_MAIN(tst_WorkspaceBackup)

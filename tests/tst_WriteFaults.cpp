@@ -92,7 +92,9 @@ QByteArray mountDisk(const QString &folder, int kibibytes, int files)
     }
     const QByteArray options
         = "mode=755,size=" + QByteArray::number(kibibytes) + "k,nr_inodes=" + QByteArray::number(files);
-    if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0
+    // In a changed root "/" is no mount of its own and cannot be made private: the parent unmounts what it
+    // sees.
+    if ((mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 && errno != EINVAL)
         || mount("tmpfs", QFile::encodeName(folder).constData(), "tmpfs", 0, options.constData()) != 0)
         return mountProblem("mount");
     return QByteArray();
@@ -332,10 +334,12 @@ QByteArray tst_WriteFaults::onSmallDisk(const std::function<QByteArray(const QSt
     const QString disk = at("disk");
     if (!QDir().mkpath(disk))
         return "no folder for the disk";
-    return inChild([&] {
+    const QByteArray answer = inChild([&] {
         const QByteArray problem = mountDisk(disk, kibibytes, files);
         return problem.isEmpty() ? work(disk) : problem;
     });
+    umount2(QFile::encodeName(disk).constData(), MNT_DETACH); // nothing is there where the mount was private
+    return answer;
 }
 
 void tst_WriteFaults::giveToNobody() const

@@ -96,8 +96,9 @@ std::optional<QByteArray> PluginSettingsInfo::documentBytes()
     return Xml::readFile(File::joined(m_workSpace, documentName()));
 }
 
-bool PluginSettingsInfo::convertPluginToPath(const QString &destination) const
+bool PluginSettingsInfo::convertPluginToPath(const QString &toPath) const
 {
+    const QString destination = QDir::cleanPath(toPath);
     if (!hasWorkspace() || !File::isUsableFolderPath(destination))
         return false;
     const QString from = canonical(m_workSpace);

@@ -45,7 +45,7 @@ public:
     // Replaces the destination folder by a copy of the workspace without the hidden entries at its top. False
     // without a workspace, and for a destination that is, holds or lies inside the workspace; then nothing is
     // touched.
-    bool convertPluginToPath(const QString &destination) const;
+    bool convertPluginToPath(const QString &toPath) const;
 
     // Writes "bookPlugin.js", scrambled, for a plug-in that lies in the relative folder of a book; with a nil
     // or empty folder "config.js", plain, for the preview. False when there is no document or no rectangle

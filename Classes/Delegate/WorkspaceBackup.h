@@ -15,11 +15,13 @@ public:
     // Makes the folder anew, readable for this user alone. False when that failed.
     bool create();
 
-    // Copies everything in the workspace; false when something could not be copied.
+    // Copies everything in the workspace; false when something could not be copied. A folder inside the
+    // workspace is no place for its backup: nothing is copied then.
     bool save(const QString &workSpace);
 
-    // Makes the workspace what it was at save() and then clears. Without a backup folder the workspace is
-    // left as it is. False when something could not be put back; the backup stays then.
+    // Makes the workspace what it was at save() and then clears. Without a backup folder, or for another
+    // workspace than the one that was saved, nothing is touched. False when something could not be put back;
+    // the backup stays then.
     bool undo(const QString &workSpace);
 
     // Deletes the folder; true when it is gone.
@@ -32,5 +34,6 @@ private:
     bool isKept(const QString &relativePath) const;
 
     QString m_path;
+    QString m_workSpace;
     QStringList m_notCopied;
 };

@@ -21,8 +21,11 @@ QString find(const QString &name, const Bundle &bundle, const QStringList &langu
         return {};
     const QString file = name + QStringLiteral(".nib");
     QStringList candidates;
-    for (const QString &language : languages)
+    for (const QString &language : languages) {
+        if (language.contains(u'/'))
+            continue; // no name of a folder here
         candidates << File::joined(resources, language + QStringLiteral(".lproj/") + file);
+    }
     candidates << File::joined(resources, file);
     for (const QString &candidate : std::as_const(candidates)) {
         if (QFileInfo::exists(candidate))

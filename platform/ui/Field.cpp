@@ -1,8 +1,53 @@
 #include "platform/ui/Field.h"
 
+#include <QInputMethodEvent>
+#include <QPointer>
 #include <QSignalBlocker>
 #include <algorithm>
 #include <limits>
+
+namespace
+{
+
+// Calls the handler for changes of a field's text, after the composition of an input method where there is
+// one.
+class Listener : public QObject
+{
+public:
+    Listener(QLineEdit *field, QObject *context, std::function<void(QLineEdit *)> handler)
+        : QObject(context)
+        , m_field(field)
+        , m_handler(std::move(handler))
+    {
+        field->installEventFilter(this);
+        connect(field, &QLineEdit::textChanged, this, &Listener::tell);
+    }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::InputMethod) {
+            m_isComposing = !static_cast<QInputMethodEvent *>(event)->preeditString().isEmpty();
+            if (!m_isComposing && m_isDue) // the field takes the event first
+                QMetaObject::invokeMethod(this, &Listener::tell, Qt::QueuedConnection);
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    void tell()
+    {
+        m_isDue = m_isComposing;
+        if (!m_isComposing && m_field)
+            m_handler(m_field);
+    }
+
+    QPointer<QLineEdit> m_field;
+    std::function<void(QLineEdit *)> m_handler;
+    bool m_isComposing = false;
+    bool m_isDue = false;
+};
+
+} // namespace
 
 namespace Field
 {
@@ -22,7 +67,7 @@ void onTextChange(QLineEdit *field, QObject *context, const std::function<void(Q
     if (!field)
         return;
     field->setMaxLength(std::numeric_limits<int>::max());
-    QObject::connect(field, &QLineEdit::textChanged, context, [field, handler] { handler(field); });
+    new Listener(field, context, handler); // goes with its context
 }
 
 } // namespace Field

@@ -12,8 +12,9 @@ namespace Field
 void putText(QLineEdit *field, const QString &text);
 
 // Calls the handler for every change of the field's text that did not come from putText: typed, pasted,
-// undone, or made by an assistive tool. Takes the field's limit of length away. Nothing happens for a missing
-// field.
+// undone, or made by an assistive tool. While an input method composes the call waits for the end of it: what
+// is put into the field would change the text under the composition. Takes the field's limit of length away.
+// Nothing happens for a missing field.
 void onTextChange(QLineEdit *field, QObject *context, const std::function<void(QLineEdit *)> &handler);
 
 } // namespace Field

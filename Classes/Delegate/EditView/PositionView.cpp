@@ -42,6 +42,7 @@ PositionView::~PositionView()
 void PositionView::setPositionRectWithLeft(double left, double Top, double Right, double Bottom,
                                            double Transparency, qint64 Layer)
 {
+    const PositionRect before = m_positionRect;
     m_positionRect.setLeft(left);
     m_positionRect.setTop(Top);
     m_positionRect.setRight(Right);
@@ -49,7 +50,12 @@ void PositionView::setPositionRectWithLeft(double left, double Top, double Right
     m_positionRect.setTransparency(Transparency);
     m_positionRect.setLayer(Layer);
     placeFrame();
-    update();
+    // Neither transparency nor layer can be seen here.
+    PositionRect seen = before;
+    seen.setTransparency(Transparency);
+    seen.setLayer(Layer);
+    if (seen != m_positionRect)
+        update();
 }
 
 void PositionView::setPositionRect(const PositionRect &rect)
@@ -74,7 +80,7 @@ bool PositionView::hasArea() const
 // Hidden by somebody, not just waiting for its first box.
 bool PositionView::isFrameHidden() const
 {
-    return m_objectView->parentWidget() == this && m_objectView->isHidden();
+    return m_objectView->isHidden() && m_objectView->testAttribute(Qt::WA_WState_ExplicitShowHide);
 }
 
 // An empty box leaves the frame where it was, and so does a hidden one: the picture shows the box itself

@@ -64,7 +64,9 @@ PluginSettingsDelegate::initWithLanguageCode(const QString &languageCode, const 
     registerInterfaceClasses();
     if (!languageCode.isNull())
         setDefaultLanguageCode(languageCode);
-    const QString path = bundlePath.isNull() ? Bundle::mainBundle().path() : bundlePath;
+    // Absolute, so that it stays the same folder wherever the host goes.
+    const QString path
+        = bundlePath.isNull() ? Bundle::mainBundle().path() : QDir().absoluteFilePath(bundlePath);
     setDefaultBundlePath(path);
 
     std::unique_ptr<PluginSettingsDelegate> controller(new PluginSettingsDelegate);
@@ -219,9 +221,15 @@ void PluginSettingsDelegate::arrangeButtons()
     }
 }
 
+void PluginSettingsDelegate::setWorkSpace(const QString &workSpace)
+{
+    if (!isWindowLoaded())
+        m_workSpace = workSpace;
+}
+
 void PluginSettingsDelegate::onOK(QObject *)
 {
-    if (m_isEnding)
+    if (closeAgain())
         return;
     QGuiApplication::inputMethod()->commit();
     QStringList files;
@@ -243,6 +251,14 @@ void PluginSettingsDelegate::onOK(QObject *)
     window()->close();
 }
 
+// The buttons of a window that a host shows once more close it and do nothing else: its session is over.
+bool PluginSettingsDelegate::closeAgain()
+{
+    if (m_isEnding)
+        window()->close();
+    return m_isEnding;
+}
+
 void PluginSettingsDelegate::stripWorkspace(const QStringList &files) const
 {
     const QStringList keepList = files
@@ -259,7 +275,7 @@ void PluginSettingsDelegate::stripWorkspace(const QStringList &files) const
 
 void PluginSettingsDelegate::onCancel(QObject *)
 {
-    if (m_isEnding)
+    if (closeAgain())
         return;
     m_isEnding = true;
     m_isOKCancelButton = true;
@@ -284,6 +300,10 @@ void PluginSettingsDelegate::onDefaultSetting(QObject *)
 void PluginSettingsDelegate::windowWillClose()
 {
     m_repeatTimer.reset();
+    if (m_isCloseBundle) {
+        ModalLoop::stopModalWithCode(m_closeMode);
+        return;
+    }
     const QPointer<PluginSettingsDelegate> self(this);
     if (!m_isOKCancelButton) {
         QGuiApplication::inputMethod()->commit();

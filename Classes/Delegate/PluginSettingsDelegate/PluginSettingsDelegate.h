@@ -38,9 +38,10 @@ public:
                                                                         const QString &bundlePath);
     ~PluginSettingsDelegate() override;
 
-    // The plug-in's folder of the book; nil until the window loads means the default one.
+    // The plug-in's folder of the book; nil until the window loads means the default one. Once the window is
+    // loaded the session stays with its workspace.
     QString workSpace() const { return m_workSpace; }
-    void setWorkSpace(const QString &workSpace) { m_workSpace = workSpace; }
+    void setWorkSpace(const QString &workSpace);
     QString bundlePath() const { return m_bundlePath; }
     void setBundlePath(const QString &bundlePath) { m_bundlePath = bundlePath; }
 
@@ -60,6 +61,8 @@ public:
     QString backupSettingPath() const { return m_backup.path(); }
     void setBackupSettingPath(const QString &path) { m_backup.setPath(path); }
 
+    // Puts the record back to zeros and makes a new, empty backup folder.
+    void initialParaments();
     void awakeFromNib() override;
     void windowWillClose() override;
 
@@ -102,7 +105,6 @@ private:
     static const std::array<MarginField, 4> marginFields;
 
     PluginSettingsDelegate();
-    void initialParaments();
     void findOutlets();
     void loadPrivateView();
     void loadPositionView();
@@ -110,6 +112,7 @@ private:
     void showInPositionView();
     void showMargins();
     bool savePreviewPage() const;
+    bool closeAgain();
     void stripWorkspace(const QStringList &files) const;
     void arrangeButtons();
     QString inWorkspace(const char *name) const;
