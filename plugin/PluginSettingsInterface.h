@@ -27,6 +27,7 @@ public:
 
     // The plug-in's folder, an absolute path, before the window is first asked for. Never set, it is the
     // default folder in the user's data; an empty or relative path is never touched and nothing is saved.
+    // Later calls are ignored.
     virtual void setWorkSpace(const QString &workSpace) = 0;
     virtual QString workSpace() const = 0;
 
