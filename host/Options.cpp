@@ -5,7 +5,7 @@
 #include <QDir>
 #include <cstdio>
 
-int Options::parse(const QStringList &arguments, int (*run)(const Options &))
+std::optional<int> Options::read(const QStringList &arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
@@ -52,15 +52,14 @@ int Options::parse(const QStringList &arguments, int (*run)(const Options &))
             ? QString()
             : QDir::cleanPath(QDir().absoluteFilePath(parser.value(option)));
     };
-    Options options;
-    options.workspace = folder(workspaceOption);
-    options.language = parser.isSet(languageOption) ? parser.value(languageOption) : QString();
-    options.bundle = parser.isSet(bundleOption)
+    workspace = folder(workspaceOption);
+    language = parser.isSet(languageOption) ? parser.value(languageOption) : QString();
+    bundle = parser.isSet(bundleOption)
         ? folder(bundleOption)
         : QCoreApplication::applicationDirPath() + QStringLiteral("/linklist.bundle");
-    options.book = folder(bookOption);
-    options.geometryFile = folder(geometryOption);
-    options.isModal = parser.isSet(modalOption);
-    options.isSmokeTest = parser.isSet(smokeOption);
-    return run(options);
+    book = folder(bookOption);
+    geometryFile = folder(geometryOption);
+    isModal = parser.isSet(modalOption);
+    isSmokeTest = parser.isSet(smokeOption);
+    return std::nullopt;
 }

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <optional>
 
 // The command line of linklist-host.
 struct Options {
@@ -16,6 +17,7 @@ struct Options {
     bool isModal = false;
     bool isSmokeTest = false;
 
-    // Runs the session with the options told, or answers --help and mistakes by itself; the exit status.
-    static int parse(const QStringList &arguments, int (*run)(const Options &));
+    // Takes what the arguments tell; an exit status where that was all: --help, or a mistake. Needs an
+    // application object, without a display.
+    std::optional<int> read(const QStringList &arguments);
 };

@@ -60,6 +60,9 @@ int copyIntoBook(const PluginSettingsInterface &plugin, const PluginSettings &se
     if (!plugin.convertPluginToPath(session.workSpace(), options.bundle, destination))
         return failed(QStringLiteral("cannot copy the workspace into ") + destination);
     say(QStringLiteral("copied to: ") + destination);
+    // Applied by the close box, or on a disk that took no more.
+    if (!QFileInfo::exists(destination + QStringLiteral("/bookPlugin.js")))
+        std::fprintf(stderr, "linklist-host: nothing was published: there is no bookPlugin.js\n");
     return Options::Applied;
 }
 
@@ -114,8 +117,15 @@ int runSession(const Options &options)
 
 int main(int argc, char **argv)
 {
+    Options options;
+    {
+        // Help and mistakes need no display.
+        const QCoreApplication arguments(argc, argv);
+        if (const std::optional<int> status = options.read(QCoreApplication::arguments()))
+            return *status;
+    }
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     const QApplication application(argc, argv);
     // The session ends inside, before the application object goes.
-    return Options::parse(QCoreApplication::arguments(), runSession);
+    return runSession(options);
 }

@@ -63,6 +63,7 @@ private Q_SLOTS:
     void workspaceStaysOnceTheWindowIsLoaded();
     void buttonsOfAnEndedSessionCloseTheWindow();
     void relativeBundlePathStaysTheSameFolder();
+    void tabWalksTheWindowInReadingOrder();
     void missingInterfaceElementsAreHarmless();
     void linkListFileWithoutEditorLeavesTheRest();
     void oldSettingsAreRewrittenAtTheStart();
@@ -505,6 +506,36 @@ void tst_PluginSettingsDelegate::relativeBundlePathStaysTheSameFolder()
     QVERIFY(controller->window());
     controller->onDefaultSetting();
     QCOMPARE(settings().first(), QByteArray("10.0"));
+    controller->onCancel();
+}
+
+void tst_PluginSettingsDelegate::tabWalksTheWindowInReadingOrder()
+{
+    const auto controller = open();
+    controller->showWindow();
+    QApplication::setActiveWindow(controller->window());
+    field(*controller, "txtTop")->setFocus();
+    QTRY_VERIFY(field(*controller, "txtTop")->hasFocus());
+    QStringList walked;
+    for (int stops = 0; stops < 40; ++stops) {
+        QWidget *focused = QApplication::focusWidget();
+        QVERIFY(focused);
+        if (stops > 0 && focused == field(*controller, "txtTop"))
+            break;
+        walked += focused->objectName();
+        QTest::keyClick(focused, Qt::Key_Tab);
+    }
+    QStringList expected
+        = {QStringLiteral("txtTop"),          QStringLiteral("txtLeft"),         QStringLiteral("objectView"),
+           QStringLiteral("txtRight"),        QStringLiteral("txtBottom"),       QStringLiteral("sldTrans"),
+           QStringLiteral("txtTransparency"), QStringLiteral("cellAbove"),       QStringLiteral("btnSave"),
+           QStringLiteral("txtTitleContent"), QStringLiteral("txtTitleFontSize")};
+    QVERIFY2(walked.first(expected.size()) == expected, qPrintable(walked.join(u' ')));
+    // The buttons below come after everything of the editor.
+    QVERIFY(walked.indexOf(QStringLiteral("btnAdd")) > walked.indexOf(QStringLiteral("tableView")));
+    QVERIFY(walked.indexOf(QStringLiteral("btnDefault")) > walked.indexOf(QStringLiteral("btnAdd")));
+    QCOMPARE(walked.count(QStringLiteral("cellBelow")), 0);
+    QVERIFY(walked.endsWith(QStringLiteral("btnOK")) || walked.endsWith(QStringLiteral("btnCancel")));
     controller->onCancel();
 }
 

@@ -72,5 +72,17 @@ void Matrix::adoptCells()
             continue;
         button->setCheckable(true);
         m_cells->addButton(button);
+        connect(button, &QAbstractButton::toggled, this, &Matrix::updateTabStop);
     }
+    updateTabStop();
+}
+
+// Tab stops once, at the selected cell or the first; the arrow keys go on from there.
+void Matrix::updateTabStop()
+{
+    const QList<QAbstractButton *> cells = m_cells->buttons();
+    QAbstractButton *stop
+        = m_cells->checkedButton() || cells.isEmpty() ? m_cells->checkedButton() : cells.first();
+    for (QAbstractButton *cell : cells)
+        cell->setFocusPolicy(cell == stop ? Qt::StrongFocus : Qt::ClickFocus);
 }

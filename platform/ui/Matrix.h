@@ -29,6 +29,7 @@ protected:
 
 private:
     void adoptCells();
+    void updateTabStop();
 
     QButtonGroup *m_cells;
     std::optional<qint64> m_known;

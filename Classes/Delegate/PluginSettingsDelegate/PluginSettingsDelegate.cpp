@@ -27,6 +27,7 @@
 #include <QGuiApplication>
 #include <QInputMethod>
 #include <QLineEdit>
+#include <QScreen>
 #include <QStyle>
 #include <cstdio>
 
@@ -149,8 +150,12 @@ void PluginSettingsDelegate::awakeFromNib()
         m_privateView->setBundlePath(m_bundlePath);
         m_privateView->loadDispInfo();
         replacePlaceholder("PrivateSettingView", m_privateView);
+        arrangeTabOrder();
     }
     loadSettings();
+    // A small screen gets a smaller window, never one that hangs over its edges.
+    constexpr QSize decoration(16, 48);
+    window()->resize(window()->size().boundedTo(window()->screen()->availableSize() - decoration));
 
     const auto mode = m_isModalMode ? RunLoopTimer::Mode::ModalPanel : RunLoopTimer::Mode::Default;
     m_repeatTimer = std::make_unique<RunLoopTimer>(mode, previewInterval);
@@ -216,8 +221,33 @@ void PluginSettingsDelegate::arrangeButtons()
         if (at >= 0 && row->indexOf(ok) == at + 1) {
             row->removeWidget(ok);
             row->insertWidget(at, ok);
-            QWidget::setTabOrder(ok, cancel);
         }
+    }
+}
+
+// The editor joined the window last; Tab reaches it before the buttons below it.
+void PluginSettingsDelegate::arrangeTabOrder()
+{
+    QWidget *last = m_privateView;
+    for (QWidget *next = last->nextInFocusChain(); next != m_privateView; next = next->nextInFocusChain()) {
+        if (m_privateView->isAncestorOf(next) && next->focusPolicy() & Qt::TabFocus)
+            last = next;
+    }
+    QList<QWidget *> buttons;
+    for (const char *name : {"btnDefault", "btnOK", "btnCancel"}) {
+        if (auto *button = outlet<QWidget>(name))
+            buttons.append(button);
+    }
+    // The two on the right in the order in which they stand.
+    auto *ok = outlet<QWidget>("btnOK");
+    auto *cancel = outlet<QWidget>("btnCancel");
+    for (const QBoxLayout *row : window()->findChildren<QBoxLayout *>()) {
+        if (ok && cancel && row->indexOf(cancel) >= 0 && row->indexOf(cancel) < row->indexOf(ok))
+            buttons.swapItemsAt(buttons.indexOf(ok), buttons.indexOf(cancel));
+    }
+    for (QWidget *button : std::as_const(buttons)) {
+        QWidget::setTabOrder(last, button);
+        last = button;
     }
 }
 

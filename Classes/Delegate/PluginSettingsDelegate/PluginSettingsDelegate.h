@@ -115,6 +115,7 @@ private:
     bool closeAgain();
     void stripWorkspace(const QStringList &files) const;
     void arrangeButtons();
+    void arrangeTabOrder();
     QString inWorkspace(const char *name) const;
 
     QString m_workSpace;

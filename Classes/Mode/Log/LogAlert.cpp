@@ -38,6 +38,8 @@ bool ask(QWidget *above, const QString &message, const QString &informative, con
 {
     // Its parent may be deleted while the question is open, and the box with it.
     const QPointer<QMessageBox> box(new QMessageBox(above ? above : windowInUse()));
+    if (const QWidget *parent = box->parentWidget())
+        box->setWindowTitle(parent->window()->windowTitle());
     box->setTextFormat(Qt::PlainText);
     box->setText(message);
     box->setInformativeText(informative);
