@@ -3,6 +3,9 @@
 #include "Classes/Mode/Locale.h"
 #include "Classes/Mode/Xml.h"
 
+#include <QDataStream>
+#include <QIODevice>
+#include <QMimeData>
 #include <algorithm>
 #include <iterator>
 #include <numeric>
@@ -31,6 +34,10 @@ QList<int> rowsFrom(int first, qsizetype count)
 LinkListModel::LinkListModel(QObject *parent)
     : QAbstractTableModel(parent)
 {
+    const auto countChange = [this] { ++m_revision; };
+    connect(this, &QAbstractItemModel::rowsInserted, this, countChange);
+    connect(this, &QAbstractItemModel::rowsRemoved, this, countChange);
+    connect(this, &QAbstractItemModel::rowsMoved, this, countChange);
 }
 
 QList<int> LinkListModel::held(const QList<int> &rows) const
@@ -112,6 +119,67 @@ QList<int> LinkListModel::moveDown(const QList<int> &rows)
     return rowsFrom(destination, present.size());
 }
 
+QList<int> LinkListModel::acceptDrop(const QList<int> &rows, int row)
+{
+    QList<int> result;
+    for (const int from : rows) {
+        const int count = int(m_items.size());
+        if (from >= count)
+            break;
+        if (from >= row) {
+            moveBlock(from, 1, row);
+            result.append(row++);
+        } else {
+            moveBlock(from, 1, std::min(row, count));
+            result.append(row >= count ? count : row - 1);
+        }
+    }
+    std::sort(result.begin(), result.end());
+    result.erase(std::unique(result.begin(), result.end()), result.end());
+    return result;
+}
+
+QString LinkListModel::dragType()
+{
+    return QStringLiteral("LinkListDragType");
+}
+
+void LinkListModel::writeRowsWithIndexes(const QList<int> &rows, QMimeData *pasteboard) const
+{
+    QByteArray data;
+    QDataStream stream(&data, QIODevice::WriteOnly);
+    stream.setVersion(QDataStream::Qt_6_0);
+    stream << m_id << m_revision;
+    for (const int row : rows)
+        stream << qint32(row);
+    pasteboard->setData(dragType(), data);
+}
+
+std::optional<QList<int>> LinkListModel::readRows(const QByteArray &data) const
+{
+    QDataStream stream(data);
+    stream.setVersion(QDataStream::Qt_6_0);
+    QUuid id;
+    quint32 revision = 0;
+    stream >> id >> revision;
+    if (stream.status() != QDataStream::Ok || id != m_id || revision != m_revision)
+        return {};
+    QList<int> rows;
+    while (!stream.atEnd()) {
+        qint32 row = 0;
+        stream >> row;
+        if (stream.status() != QDataStream::Ok || row <= (rows.isEmpty() ? -1 : rows.last()))
+            return {};
+        rows.append(row);
+    }
+    return rows;
+}
+
+Qt::DropActions LinkListModel::validateDrop(const QMimeData *pasteboard) const
+{
+    return pasteboard && readRows(pasteboard->data(dragType())) ? supportedDropActions() : Qt::IgnoreAction;
+}
+
 void LinkListModel::setTitle(int row, const QString &title)
 {
     if (!holds(row))
@@ -179,7 +247,8 @@ bool LinkListModel::setData(const QModelIndex &index, const QVariant &value, int
 
 Qt::ItemFlags LinkListModel::flags(const QModelIndex &index) const
 {
-    return QAbstractTableModel::flags(index) | (index.isValid() ? Qt::ItemIsEditable : Qt::NoItemFlags);
+    constexpr Qt::ItemFlags ofRows = Qt::ItemIsEditable | Qt::ItemIsDragEnabled | Qt::ItemIsDropEnabled;
+    return QAbstractTableModel::flags(index) | (index.isValid() ? ofRows : Qt::ItemIsDropEnabled);
 }
 
 QVariant LinkListModel::headerData(int section, Qt::Orientation orientation, int role) const
@@ -188,4 +257,50 @@ QVariant LinkListModel::headerData(int section, Qt::Orientation orientation, int
         return {};
     const QString title = section == TitleColumn ? QStringLiteral("Title") : QStringLiteral("Link");
     return loadAppString(title, title);
+}
+
+QStringList LinkListModel::mimeTypes() const
+{
+    return {dragType()};
+}
+
+QMimeData *LinkListModel::mimeData(const QModelIndexList &indexes) const
+{
+    QList<int> rows;
+    for (const QModelIndex &index : indexes)
+        rows.append(index.row());
+    std::sort(rows.begin(), rows.end());
+    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+    if (rows.isEmpty())
+        return nullptr;
+    auto data = std::make_unique<QMimeData>();
+    writeRowsWithIndexes(rows, data.get());
+    return data.release();
+}
+
+Qt::DropActions LinkListModel::supportedDropActions() const
+{
+    return Qt::CopyAction | Qt::MoveAction | Qt::LinkAction;
+}
+
+Qt::DropActions LinkListModel::supportedDragActions() const
+{
+    return Qt::MoveAction;
+}
+
+bool LinkListModel::canDropMimeData(const QMimeData *data, Qt::DropAction, int, int,
+                                    const QModelIndex &) const
+{
+    return validateDrop(data) != Qt::IgnoreAction;
+}
+
+bool LinkListModel::dropMimeData(const QMimeData *data, Qt::DropAction, int row, int,
+                                 const QModelIndex &parent)
+{
+    const std::optional<QList<int>> rows = data ? readRows(data->data(dragType())) : std::nullopt;
+    if (!rows)
+        return false;
+    const int behindLast = int(m_items.size());
+    Q_EMIT dropped(acceptDrop(*rows, parent.isValid() ? parent.row() : row < 0 ? behindLast : row));
+    return true;
 }

@@ -61,6 +61,7 @@ void PrivateView::loadDispInfo()
     connectFields();
     connectButtons();
     setUpTable();
+    addDragDetection();
     refreshEditInfo();
 }
 

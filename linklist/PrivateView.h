@@ -9,11 +9,14 @@
 
 class ColorButtonCell;
 class ColorPanelDelegate;
+class DragDeleteDelegate;
+class DragDeleteDetectView;
 class LinkCellDelegate;
 class LinkListModel;
 class QLabel;
 class QAbstractButton;
 class QLineEdit;
+class QMimeData;
 class QTableView;
 class Stepper;
 
@@ -35,6 +38,7 @@ class PrivateView : public QWidget
 
 public:
     explicit PrivateView(QWidget *parent = nullptr);
+    ~PrivateView() override;
 
     QString workSpace() const { return m_workSpace; }
     void setWorkSpace(const QString &workSpace) { m_workSpace = workSpace; }
@@ -97,15 +101,38 @@ public:
     void onChangedPanelColor(ColorPanelDelegate *chooser);
     void refreshCellColor(ColorPanelDelegate *chooser);
 
+    // Rows of the table that are dragged. They move when they are dropped in the table, and are deleted
+    // without a question when they are dropped anywhere outside it. What another table asks is refused.
+    // Begins a drag of those rows: puts them on the pasteboard and makes the window ready that catches them
+    // outside.
+    bool writeRowsWithIndexes(QTableView *table, const QList<int> &rows, QMimeData *pasteboard);
+    Qt::DropActions validateDrop(const QTableView *table, const QMimeData *pasteboard) const;
+    // Drops them before that row, or behind the last.
+    bool acceptDrop(const QTableView *table, const QMimeData *pasteboard, int row);
+    // Closes the window that catches rows outside; nothing happens when it is not shown.
+    void onDeleteWindowDismiss(QObject *sender = nullptr);
+    // A catching window's drag has ended: deletes what was dropped into this view's own one.
+    void DeleteWindowDragEndA(QObject *window);
+    // The puff of smoke is over.
+    void deleteAnimationEnd(void *context);
+    // Ends a drag of rows that is under way, and leaves them where they are.
+    void cancelDrag();
+    // Lets the view's window notice rows that leave the table; nothing happens while the view stands in none.
+    // Done when the view is shown, or before by whoever puts it into a window.
+    void addDragDetection();
+    DragDeleteDetectView *dragDeleteView() const;
+    DragDeleteDelegate *DragDeleteCtrl() const;
+
     // Commits what is still being edited and saves it where that changed something.
     void commitEditing();
     // After this nothing that the fields tell is saved any more; for a window that is about to go.
-    void endEditing() { m_isEditable = false; }
+    void endEditing();
 
     const LinkListModel *model() const { return m_model; }
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void showEvent(QShowEvent *event) override;
 
 private:
     struct FontSize {
@@ -126,6 +153,9 @@ private:
     LinkListSettings settings() const;
     void showFontSize(const FontSize &size, const QString &text);
     bool completeFontSize(const FontSize &size);
+    void dragSelectedRows();
+    QPixmap pictureOfRows(const QList<int> &rows) const;
+    void showDroppedRows(const QList<int> &rows);
 
     QString m_workSpace;
     QString m_bundlePath;
@@ -154,6 +184,9 @@ private:
     bool m_isEditInfoDue = false;
     // The field in which something was typed since its last edit ended.
     QPointer<QLineEdit> m_edited;
+    QPointer<DragDeleteDetectView> m_dragDeleteView;
+    QPointer<DragDeleteDelegate> m_dragDeleteCtrl;
+    bool m_isDragging = false;
     // What the document told and no part of the interface shows: kept as it was.
     LinkListSettings m_loaded;
 };

@@ -6,6 +6,7 @@
 #include "Classes/Mode/Xml.h"
 #include "linklist/LinkCellDelegate.h"
 #include "linklist/LinkListModel.h"
+#include "linklist/LinkTableView.h"
 #include "platform/Number.h"
 #include "platform/ui/Field.h"
 #include "platform/ui/ModalLoop.h"
@@ -115,6 +116,13 @@ void PrivateView::setUpTable()
             &PrivateView::scheduleEditInfo);
     connect(m_tableView->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             &PrivateView::scheduleEditInfo);
+
+    m_tableView->setAcceptDrops(true);
+    connect(m_model, &LinkListModel::dropped, this, &PrivateView::showDroppedRows);
+    // From the event loop: a drag runs one of its own, and the table may go in it.
+    if (auto *table = qobject_cast<LinkTableView *>(m_tableView.data()))
+        connect(table, &LinkTableView::dragStarted, this, &PrivateView::dragSelectedRows,
+                Qt::QueuedConnection);
 
     m_hint = new QLabel;
     const QString hint = QStringLiteral("There are no links yet.");

@@ -13,6 +13,8 @@
 
 namespace
 {
+constexpr const char *controllerProperty = "_linklist_windowController";
+
 void haveNoDefaultButton(const QWidget *window)
 {
     const QList<QPushButton *> buttons = window->findChildren<QPushButton *>();
@@ -33,6 +35,7 @@ WindowController::~WindowController()
     if (!m_window)
         return;
     m_window->removeEventFilter(this);
+    m_window->setProperty(controllerProperty, QVariant());
     // A field that is destroyed while it has the focus is asked about by assistive tools when it is half
     // gone.
     if (QWidget *focused = m_window->focusWidget()) {
@@ -77,10 +80,17 @@ void WindowController::load()
         return;
     m_window->setAttribute(Qt::WA_DeleteOnClose, false);
     m_window->installEventFilter(this);
+    m_window->setProperty(controllerProperty, QVariant::fromValue<QObject *>(this));
     // accept(), reject() and done() hide a dialog without a close event.
     if (auto *dialog = qobject_cast<QDialog *>(m_window.data()))
         connect(dialog, &QDialog::finished, this, &WindowController::handleClose);
     awakeFromNib();
+}
+
+WindowController *WindowController::ofWindow(const QWidget *window)
+{
+    return window ? qobject_cast<WindowController *>(window->property(controllerProperty).value<QObject *>())
+                  : nullptr;
 }
 
 void WindowController::showWindow()

@@ -29,6 +29,9 @@ public:
 
     void showWindow();
 
+    // The controller of that window; null when it has none.
+    static WindowController *ofWindow(const QWidget *window);
+
     // Shows the window above the application and answers the code with which the loop was stopped, or
     // ModalLoop::abortCode without a window.
     qint64 runModal();

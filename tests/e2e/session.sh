@@ -47,7 +47,7 @@ check() { # check WHAT COMMAND...
 }
 
 start_display() {
-    Xvfb -displayfd 3 -screen 0 1280x960x24 -nolisten tcp -noreset 3>"$scratch/display" 2>"$scratch/xvfb.log" &
+    Xvfb -displayfd 3 -screen 0 "${screen:-1280x960x24}" -nolisten tcp -noreset 3>"$scratch/display" 2>"$scratch/xvfb.log" &
     processes+=($!)
     wait_until 30 test -s "$scratch/display"
     DISPLAY=:$(<"$scratch/display")
@@ -57,12 +57,12 @@ start_display() {
     wait_until 10 xdotool get_desktop >"$scratch/xdotool.log" 2>&1
 }
 
-start_host() {
+start_host() { # start_host HOST ARGUMENT...
     export XDG_RUNTIME_DIR=$scratch/runtime QT_QPA_PLATFORM=xcb
     export QTWEBENGINE_CHROMIUM_FLAGS=--disable-gpu QT_LOGGING_RULES=qt.webenginecontext.info=false
     [ "$(id -u)" != 0 ] || export QTWEBENGINE_DISABLE_SANDBOX=1
     mkdir -m 0700 "$XDG_RUNTIME_DIR"
-    "$build/linklist-host" --workspace "$workspace" --print-geometry "$geometry" >"$scratch/host.log" 2>&1 &
+    "$build/linklist-host" --workspace "$workspace" --print-geometry "$geometry" "$@" >"$scratch/host.log" 2>&1 &
     host=$!
     processes+=("$host")
     wait_until 60 grep -qs '^preview loaded' "$geometry"

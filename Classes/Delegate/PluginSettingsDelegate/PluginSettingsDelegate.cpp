@@ -8,6 +8,7 @@
 #include "Classes/Mode/Locale.h"
 #include "Classes/Mode/Log/LogAlert.h"
 #include "Classes/Mode/SelectedLanguage.h"
+#include "linklist/LinkTableView.h"
 #include "platform/Bundle.h"
 #include "platform/File.h"
 #include "platform/ui/Field.h"
@@ -51,6 +52,7 @@ PluginSettingsInfo workspaceInfo(const QString &workSpace, const QString &bundle
 void PluginSettingsDelegate::registerInterfaceClasses()
 {
     Nib::registerClass<PrivateView>();
+    Nib::registerClass<LinkTableView>();
     Nib::registerClass<ColorButtonCell>();
     Nib::registerClass<SelectedCell>();
     Nib::registerClass<SimpleCell>();
@@ -150,6 +152,7 @@ void PluginSettingsDelegate::awakeFromNib()
         m_privateView->setBundlePath(m_bundlePath);
         m_privateView->loadDispInfo();
         replacePlaceholder("PrivateSettingView", m_privateView);
+        m_privateView->addDragDetection();
         arrangeTabOrder();
     }
     loadSettings();
@@ -335,6 +338,8 @@ void PluginSettingsDelegate::windowWillClose()
         return;
     }
     const QPointer<PluginSettingsDelegate> self(this);
+    if (m_privateView)
+        m_privateView->cancelDrag();
     if (!m_isOKCancelButton) {
         QGuiApplication::inputMethod()->commit();
         if (m_privateView)

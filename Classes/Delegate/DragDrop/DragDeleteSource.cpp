@@ -1,0 +1,132 @@
+#include "Classes/Delegate/DragDrop/DragDeleteSource.h"
+
+#include "Classes/Delegate/DragDrop/DragDeleteView.h"
+#include "Classes/Delegate/DragDrop/DragDeleteWindow.h"
+#include "platform/ui/DisappearingItem.h"
+
+#include <QCursor>
+#include <QDrag>
+#include <QDropEvent>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QMimeData>
+#include <QScreen>
+
+namespace
+{
+constexpr std::chrono::milliseconds updateInterval(40);
+
+// Under X11 the pointer itself carries the picture: a window that followed it would leave its traces on the
+// catching window, which nothing paints over.
+bool isPictureOnPointer()
+{
+    return QGuiApplication::platformName() == QLatin1String("xcb");
+}
+} // namespace
+
+DragDeleteSource::DragDeleteSource(QWidget *view, DragDeleteDetectView *detector, DragDeleteWindow *catcher)
+    : m_view(view)
+    , m_detector(detector)
+    , m_catcher(catcher)
+{
+    m_updates.setInterval(updateInterval);
+    connect(&m_updates, &QTimer::timeout, this, &DragDeleteSource::update);
+}
+
+bool DragDeleteSource::concerns(const QDropEvent *event, const QWidget *widget)
+{
+    const auto *source = qobject_cast<DragDeleteSource *>(event->source());
+    return !source || (source->m_view && source->m_view->window() == widget->window());
+}
+
+void DragDeleteSource::run(std::unique_ptr<QMimeData> data, const QPixmap &picture)
+{
+    // A child of this object and of no widget: those may go while it runs.
+    m_drag = new QDrag(this);
+    const QPointer<QMimeData> dragged(data.get());
+    m_drag->setMimeData(data.release());
+    m_picture = picture;
+    if (isPictureOnPointer()) {
+        QPixmap nothing(1, 1);
+        nothing.fill(Qt::transparent);
+        m_drag->setPixmap(nothing);
+    } else {
+        m_drag->setPixmap(picture);
+        m_drag->setHotSpot(QPoint(-16, -16)); // beside the pointer, so that what lies below it can be seen
+    }
+    showCursor();
+    // Once the drag has begun: filters that are installed later hear first, and the drag's own ends it.
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            QCoreApplication::instance()->installEventFilter(this);
+            m_updates.start();
+        },
+        Qt::QueuedConnection);
+    m_drag->exec(Qt::MoveAction);
+    QCoreApplication::instance()->removeEventFilter(this);
+    m_updates.stop();
+
+    if (!m_catcher || m_catcher->hasEnded())
+        return;
+    // A release right where the drag leaves the view, or on another screen, may reach no window.
+    if (m_released && !m_isCancelled && m_catcher->isVisible()) {
+        m_catcher->performDragOperation(*m_released);
+        m_catcher->concludeDragOperation(dragged, *m_released);
+    }
+    m_catcher->draggingEnded();
+}
+
+bool DragDeleteSource::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape)
+        m_isCancelled = true;
+    else if (event->type() == QEvent::MouseButtonRelease && !m_released)
+        m_released = static_cast<QMouseEvent *>(event)->globalPosition();
+    return QObject::eventFilter(watched, event);
+}
+
+// The window system tells of a drag only when the pointer moves. These updates let the catching window rise
+// where the pointer has jumped over the detect view, and come in below a pointer that stands still.
+void DragDeleteSource::update()
+{
+    if (!m_catcher || m_catcher->hasEnded())
+        return;
+    const QPoint mouse = QCursor::pos();
+    if (m_detector && !m_catcher->isEntered())
+        m_detector->draggingUpdated(mouse);
+    if (m_catcher->isActive() == m_wasActive)
+        return;
+    m_wasActive = m_catcher->isActive();
+    showCursor();
+    repeatMove(mouse);
+}
+
+// The same place twice is no move: the drag is told of a neighbouring point on the same side of the area's
+// edge.
+void DragDeleteSource::repeatMove(const QPoint &mouse) const
+{
+    QWindow *window = m_view ? m_view->window()->windowHandle() : nullptr;
+    if (!window)
+        return;
+    for (const QPoint &step : {QPoint(1, 0), QPoint(-1, 0), QPoint(0, 1), QPoint(0, -1)}) {
+        const QPoint point = mouse + step;
+        if (m_catcher->isExcepted(point) != m_catcher->isExcepted(mouse)
+            || !window->screen()->virtualGeometry().contains(point))
+            continue;
+        QMouseEvent move(QEvent::MouseMove, window->mapFromGlobal(point), point, Qt::NoButton,
+                         QGuiApplication::mouseButtons(), QGuiApplication::keyboardModifiers());
+        QCoreApplication::sendEvent(window, &move);
+        return;
+    }
+}
+
+void DragDeleteSource::showCursor()
+{
+    if (!m_drag)
+        return;
+    const QPixmap cursor
+        = DisappearingItem::pointer(m_wasActive, isPictureOnPointer() ? m_picture : QPixmap());
+    m_drag->setDragCursor(cursor, Qt::MoveAction);
+    m_drag->setDragCursor(cursor, Qt::IgnoreAction);
+}

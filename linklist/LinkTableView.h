@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QTableView>
+
+// A table whose rows a person drags: it tells its owner that a drag begins instead of running it, and shows
+// with a line where dragged rows would land.
+class LinkTableView : public QTableView
+{
+    Q_OBJECT
+
+public:
+    explicit LinkTableView(QWidget *parent = nullptr);
+
+    // Before which row something dropped at that point of the viewport lands; the number of rows for behind
+    // the last. Only a strip along a row's lower edge means the place below it.
+    int landingRow(const QPoint &position) const;
+
+Q_SIGNALS:
+    // The person drags the selected rows away; the button is still down.
+    void dragStarted();
+
+protected:
+    void startDrag(Qt::DropActions supportedActions) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    bool canDrop(const QDropEvent *event) const;
+    void showLine(int row);
+
+    int m_line = -1; // the row above which the line stands; -1 for no line
+};
