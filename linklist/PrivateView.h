@@ -186,6 +186,7 @@ private:
     QPointer<QLineEdit> m_edited;
     QPointer<DragDeleteDetectView> m_dragDeleteView;
     QPointer<DragDeleteDelegate> m_dragDeleteCtrl;
+    bool m_hasDragDetection = false;
     bool m_isDragging = false;
     // What the document told and no part of the interface shows: kept as it was.
     LinkListSettings m_loaded;

@@ -50,8 +50,10 @@ void PrivateView::showEvent(QShowEvent *event)
 
 void PrivateView::addDragDetection()
 {
-    if (m_dragDeleteView || isWindow() || !m_tableView)
+    // Wrapping the window shows this view anew and so comes here again.
+    if (m_hasDragDetection || isWindow() || !m_tableView)
         return;
+    m_hasDragDetection = true;
     const QStringList types = {LinkListModel::dragType()};
     if (auto *existing = window()->findChild<DragDeleteDetectView *>()) {
         existing->addDataTypes(types);

@@ -2,9 +2,12 @@
 #include "tests/support/TestCase.h"
 
 #include <QAbstractItemModelTester>
+#include <QElapsedTimer>
+#include <QMimeData>
 #include <QRandomGenerator>
 #include <QSignalSpy>
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <numeric>
 #include <vector>
@@ -31,6 +34,18 @@ private Q_SLOTS:
     void movesAgreeWithASecondModel();
     void persistentIndexesFollowTheirItems();
     void tenThousandLinksMoveAtOnce();
+
+    void draggedRowsComeBackAsTheyWere_data();
+    void draggedRowsComeBackAsTheyWere();
+    void rowsOfAnotherListAreRefused();
+    void rowsAreStaleOnceRowsComeGoOrMove();
+    void typedTextLeavesDraggedRowsValid();
+    void damagedDataIsRefused();
+    void otherDataIsRefused();
+    void dropOnARowMeansBeforeItAndElsewhereTheEnd();
+    void droppingTwiceMovesOnce();
+    void rowsCanBeDraggedAndDroppedOn();
+    void fiveThousandScatteredRowsAreDroppedQuickly();
 };
 
 namespace
@@ -277,6 +292,168 @@ void tst_LinkListModel::tenThousandLinksMoveAtOnce()
     QSignalSpy moved(&model, &QAbstractItemModel::rowsMoved);
     QCOMPARE(model.moveUp(rows).size(), 9'999);
     QCOMPARE(moved.count(), 1);
+}
+
+void tst_LinkListModel::draggedRowsComeBackAsTheyWere_data()
+{
+    QTest::addColumn<QList<int>>("rows");
+    QTest::newRow("none") << QList<int>{};
+    QTest::newRow("one") << QList<int>{0};
+    QTest::newRow("scattered") << QList<int>{0, 2, 3};
+    QTest::newRow("past the end") << QList<int>{1, 7, 2147483647};
+}
+
+void tst_LinkListModel::draggedRowsComeBackAsTheyWere()
+{
+    QFETCH(const QList<int>, rows);
+    const auto model = makeModel(QStringLiteral("ABCD"));
+    QMimeData pasteboard;
+    model->writeRowsWithIndexes(rows, &pasteboard);
+    QCOMPARE(pasteboard.formats(), QStringList{QStringLiteral("LinkListDragType")});
+    const auto read = model->readRows(pasteboard.data(LinkListModel::dragType()));
+    QVERIFY(read);
+    QCOMPARE(*read, rows);
+    QCOMPARE(model->validateDrop(&pasteboard), Qt::CopyAction | Qt::MoveAction | Qt::LinkAction);
+}
+
+void tst_LinkListModel::rowsOfAnotherListAreRefused()
+{
+    const auto model = makeModel(QStringLiteral("ABCD"));
+    const auto other = makeModel(QStringLiteral("ABCD"));
+    QMimeData pasteboard;
+    other->writeRowsWithIndexes({0}, &pasteboard);
+    QCOMPARE(model->validateDrop(&pasteboard), Qt::IgnoreAction);
+    QVERIFY(!model->dropMimeData(&pasteboard, Qt::MoveAction, 3, 0, {}));
+    QCOMPARE(titles(*model), QStringLiteral("ABCD"));
+}
+
+void tst_LinkListModel::rowsAreStaleOnceRowsComeGoOrMove()
+{
+    const std::vector<std::function<void(LinkListModel &)>> changes
+        = {[](LinkListModel &model) { model.append(named(QStringLiteral("E"))); },
+           [](LinkListModel &model) { model.remove({3}); }, [](LinkListModel &model) { model.moveUp({3}); }};
+    for (const auto &change : changes) {
+        const auto model = makeModel(QStringLiteral("ABCD"));
+        QMimeData pasteboard;
+        model->writeRowsWithIndexes({0}, &pasteboard);
+        change(*model);
+        const QString before = titles(*model);
+        QVERIFY(!model->readRows(pasteboard.data(LinkListModel::dragType())));
+        QVERIFY(!model->dropMimeData(&pasteboard, Qt::MoveAction, 3, 0, {}));
+        QCOMPARE(titles(*model), before);
+    }
+}
+
+void tst_LinkListModel::typedTextLeavesDraggedRowsValid()
+{
+    const auto model = makeModel(QStringLiteral("ABCD"));
+    QMimeData pasteboard;
+    model->writeRowsWithIndexes({0}, &pasteboard);
+    model->setTitle(0, QStringLiteral("Z"));
+    QVERIFY(model->dropMimeData(&pasteboard, Qt::MoveAction, 2, 0, {}));
+    QCOMPARE(titles(*model), QStringLiteral("BZCD"));
+}
+
+void tst_LinkListModel::damagedDataIsRefused()
+{
+    const auto model = makeModel(QStringLiteral("ABCD"));
+    QMimeData pasteboard;
+    model->writeRowsWithIndexes({1, 2}, &pasteboard);
+    const QByteArray whole = pasteboard.data(LinkListModel::dragType());
+    for (qsizetype size = 0; size < whole.size(); ++size) {
+        if (const auto rows = model->readRows(whole.left(size)))
+            QVERIFY(*rows == QList<int>() || *rows == QList<int>{1}); // cut between two rows
+    }
+    const QByteArray row(reinterpret_cast<const char *>("\0\0\0\1"), 4);
+    QVERIFY(!model->readRows(whole + row)); // not ascending
+    QVERIFY(!model->readRows(whole + whole.right(4))); // twice
+    QVERIFY(!model->readRows(whole + QByteArray("\xFF\xFF\xFF\xFE", 4))); // negative
+    QVERIFY(!model->readRows(whole + 'x'));
+    QVERIFY(!model->readRows(QByteArray(1 << 20, 'x')));
+}
+
+void tst_LinkListModel::otherDataIsRefused()
+{
+    const auto model = makeModel(QStringLiteral("ABCD"));
+    QVERIFY(!model->canDropMimeData(nullptr, Qt::MoveAction, 0, 0, {}));
+    QVERIFY(!model->dropMimeData(nullptr, Qt::MoveAction, 0, 0, {}));
+    QMimeData text;
+    text.setText(QStringLiteral("0"));
+    QVERIFY(!model->canDropMimeData(&text, Qt::MoveAction, 0, 0, {}));
+    QVERIFY(!model->dropMimeData(&text, Qt::MoveAction, 0, 0, {}));
+    // Another program's data under the same name.
+    QMimeData foreign;
+    foreign.setData(LinkListModel::dragType(), "0,1,2");
+    QVERIFY(!model->canDropMimeData(&foreign, Qt::MoveAction, 0, 0, {}));
+    QVERIFY(!model->dropMimeData(&foreign, Qt::MoveAction, 0, 0, {}));
+    QCOMPARE(titles(*model), QStringLiteral("ABCD"));
+}
+
+void tst_LinkListModel::dropOnARowMeansBeforeItAndElsewhereTheEnd()
+{
+    struct Place {
+        int row;
+        int parent;
+        QString order;
+    };
+    const QList<Place> places
+        = {{-1, 2, QStringLiteral("BACD")}, {2, -1, QStringLiteral("BACD")}, {-1, -1, QStringLiteral("BCDA")},
+           {4, -1, QStringLiteral("BCDA")}, {9, -1, QStringLiteral("BCDA")}, {-1, 0, QStringLiteral("ABCD")}};
+    for (const Place &place : places) {
+        const auto model = makeModel(QStringLiteral("ABCD"));
+        const std::unique_ptr<QMimeData> pasteboard(model->mimeData({model->index(0, 0)}));
+        QSignalSpy dropped(model.get(), &LinkListModel::dropped);
+        QVERIFY(model->dropMimeData(pasteboard.get(), Qt::MoveAction, place.row, 0,
+                                    place.parent < 0 ? QModelIndex() : model->index(place.parent, 1)));
+        QCOMPARE(titles(*model), place.order);
+        QCOMPARE(dropped.size(), 1);
+    }
+}
+
+void tst_LinkListModel::droppingTwiceMovesOnce()
+{
+    const auto model = makeModel(QStringLiteral("ABCD"));
+    const std::unique_ptr<QMimeData> pasteboard(model->mimeData({model->index(0, 0)}));
+    QVERIFY(model->dropMimeData(pasteboard.get(), Qt::MoveAction, 2, 0, {}));
+    QVERIFY(!model->dropMimeData(pasteboard.get(), Qt::MoveAction, 2, 0, {}));
+    QCOMPARE(titles(*model), QStringLiteral("BACD"));
+}
+
+void tst_LinkListModel::rowsCanBeDraggedAndDroppedOn()
+{
+    const auto model = makeModel(QStringLiteral("ABCD"));
+    QCOMPARE(model->mimeTypes(), QStringList{QStringLiteral("LinkListDragType")});
+    QVERIFY(model->flags(model->index(1, 1)).testFlag(Qt::ItemIsDragEnabled));
+    QVERIFY(model->flags(model->index(1, 1)).testFlag(Qt::ItemIsDropEnabled));
+    QVERIFY(model->flags({}).testFlag(Qt::ItemIsDropEnabled));
+    // Whoever drags takes nothing away afterwards: the drop has moved the rows.
+    QCOMPARE(model->supportedDragActions(), Qt::MoveAction);
+    QVERIFY(!model->removeRows(0, 1));
+    // Cells count once a row.
+    const std::unique_ptr<QMimeData> pasteboard(
+        model->mimeData({model->index(2, 1), model->index(0, 0), model->index(2, 0)}));
+    QCOMPARE(model->readRows(pasteboard->data(LinkListModel::dragType())).value(), (QList<int>{0, 2}));
+    QVERIFY(!model->mimeData({}));
+}
+
+void tst_LinkListModel::fiveThousandScatteredRowsAreDroppedQuickly()
+{
+    constexpr int count = 10'000;
+    LinkListModel model;
+    QList<LinkItem> items;
+    QList<int> rows;
+    for (int i = 0; i < count; ++i) {
+        items.append({QString::number(i), QString()});
+        if (i % 2)
+            rows.append(i);
+    }
+    model.append(items);
+    QElapsedTimer timer;
+    timer.start();
+    QCOMPARE(model.acceptDrop(rows, 0).size(), count / 2);
+    QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(model.items()[0].title, QStringLiteral("1"));
+    QCOMPARE(model.items()[count / 2].title, QStringLiteral("0"));
 }
 
 LINKLIST_TEST_MAIN(tst_LinkListModel)

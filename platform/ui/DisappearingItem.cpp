@@ -1,5 +1,6 @@
 #include "platform/ui/DisappearingItem.h"
 
+#include <QGuiApplication>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPointer>
@@ -68,14 +69,11 @@ public:
         showProgress(0);
     }
 
-    // The window has the cloud's shape: where nothing blends windows, its ground would be a black square.
     void showProgress(qreal progress)
     {
         m_cloud = cloud(QSizeF(size()), progress);
-        QPainterPathStroker outline;
-        outline.setWidth(1);
-        const QPolygonF shape = outline.createStroke(m_cloud).united(m_cloud).toFillPolygon();
-        setMask(QRegion(shape.toPolygon()).united(QRect(rect().center(), QSize(1, 1))));
+        if (isShaped())
+            setMask(shape());
         update();
     }
 
@@ -87,6 +85,18 @@ protected:
     }
 
 private:
+    // Where nothing blends windows, as under a bare X11, the ground would be a black square.
+    static bool isShaped() { return QGuiApplication::platformName() == QLatin1String("xcb"); }
+
+    QRegion shape() const
+    {
+        QPainterPathStroker outline;
+        outline.setWidth(1);
+        const QPolygonF polygon = outline.createStroke(m_cloud).united(m_cloud).toFillPolygon();
+        // An empty mask would be none.
+        return QRegion(polygon.toPolygon()).united(QRect(rect().center(), QSize(1, 1)));
+    }
+
     QPainterPath m_cloud;
 };
 
