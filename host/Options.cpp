@@ -29,12 +29,15 @@ std::optional<int> Options::read(const QStringList &arguments)
     const QCommandLineOption modalOption(QStringLiteral("modal"), QStringLiteral("Runs the window modally."));
     const QCommandLineOption smokeOption(QStringLiteral("smoke-test"),
                                          QStringLiteral("Loads, opens and closes the window, and ends."));
+    const QCommandLineOption publishOption(
+        QStringLiteral("publish"),
+        QStringLiteral("Opens the window, presses OK, and ends: brings a book up to date without a person."));
     const QCommandLineOption geometryOption(
         QStringLiteral("print-geometry"),
         QStringLiteral("For scripts: writes name, x, y, width and height of each part on the screen."),
         QStringLiteral("FILE"));
     parser.addOptions({help, workspaceOption, languageOption, bundleOption, bookOption, modalOption,
-                       smokeOption, geometryOption});
+                       smokeOption, publishOption, geometryOption});
 
     if (!parser.parse(arguments) || !parser.positionalArguments().isEmpty()) {
         const QString mistake = parser.errorText().isEmpty()
@@ -61,5 +64,6 @@ std::optional<int> Options::read(const QStringList &arguments)
     geometryFile = folder(geometryOption);
     isModal = parser.isSet(modalOption);
     isSmokeTest = parser.isSet(smokeOption);
+    isPublishing = parser.isSet(publishOption);
     return std::nullopt;
 }

@@ -16,6 +16,7 @@ struct Options {
     QString geometryFile;
     bool isModal = false;
     bool isSmokeTest = false;
+    bool isPublishing = false;
 
     // Takes what the arguments tell; an exit status where that was all: --help, or a mistake. Needs an
     // application object, without a display.

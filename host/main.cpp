@@ -2,6 +2,7 @@
 // shows how a host uses plugin/PluginSettingsInterface.h, on which alone it depends.
 #include "host/GeometryReport.h"
 #include "host/Options.h"
+#include "host/PublishedPage.h"
 #include "plugin/PluginSettingsInterface.h"
 
 #include <QAbstractButton>
@@ -40,14 +41,23 @@ QString modulePath(const QString &bundle)
 #endif
 }
 
-// Opens the window and cancels it as a person would.
-int smokeTest(PluginSettings &session, QWidget *window)
+// Presses a button of the window as soon as it is open, as a person would; false when there is none.
+bool pressSoon(const QWidget *window, const QString &name)
+{
+    auto *button = window->findChild<QAbstractButton *>(name);
+    if (button)
+        QTimer::singleShot(0, button, [button] { button->click(); });
+    else
+        failed(QStringLiteral("the window has no button \"%1\"").arg(name));
+    return button;
+}
+
+// Opens the window and cancels it.
+int smokeTest(PluginSettings &session, const QWidget *window)
 {
     session.showWindow();
-    auto *cancel = window->findChild<QAbstractButton *>(QStringLiteral("btnCancel"));
-    if (!cancel)
-        return failed(QStringLiteral("the window has no button \"btnCancel\""));
-    QTimer::singleShot(0, cancel, [cancel] { cancel->click(); });
+    if (!pressSoon(window, QStringLiteral("btnCancel")))
+        return Options::Failed;
     QApplication::exec();
     return session.isCloseBundle() && session.closeMode() != applied
         ? Options::Applied
@@ -61,8 +71,14 @@ int copyIntoBook(const PluginSettingsInterface &plugin, const PluginSettings &se
         return failed(QStringLiteral("cannot copy the workspace into ") + destination);
     say(QStringLiteral("copied to: ") + destination);
     // Applied by the close box, or on a disk that took no more.
-    if (!QFileInfo::exists(destination + QStringLiteral("/bookPlugin.js")))
+    if (!QFileInfo::exists(destination + QStringLiteral("/bookPlugin.js"))) {
         std::fprintf(stderr, "linklist-host: nothing was published: there is no bookPlugin.js\n");
+        return Options::Applied;
+    }
+    const QString missing = PublishedPage::writeInto(destination, options.bundle);
+    if (!missing.isEmpty())
+        return failed(
+            QStringLiteral("the book cannot show its links: there is no %1 in %2").arg(missing, destination));
     return Options::Applied;
 }
 
@@ -97,6 +113,8 @@ int runSession(const Options &options)
         return smokeTest(*session, window);
 
     say(QStringLiteral("workspace: ") + session->workSpace());
+    if (options.isPublishing && !pressSoon(window, QStringLiteral("btnOK")))
+        return Options::Failed;
     if (options.isModal) {
         say(QStringLiteral("modal loop's code: %1").arg(session->runModal()));
     } else {
