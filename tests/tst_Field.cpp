@@ -65,6 +65,10 @@ void tst_Field::lengthHasNoLimit()
     const QString text(100'000, u'x');
     field.setText(text);
     QCOMPARE(field.text().size(), text.size());
+    // A text that is shown before anybody listens is not cut either: the next save would lose its end.
+    QLineEdit early;
+    Field::putText(&early, text);
+    QCOMPARE(early.text().size(), text.size());
 }
 
 void tst_Field::missingFieldIsHarmless()

@@ -58,6 +58,7 @@ void putText(QLineEdit *field, const QString &text)
         return;
     const QSignalBlocker silent(field);
     const qsizetype caret = field->cursorPosition();
+    field->setMaxLength(std::numeric_limits<int>::max());
     field->setText(text);
     field->setCursorPosition(int(std::min(caret, text.size())));
 }
