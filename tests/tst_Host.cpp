@@ -39,6 +39,9 @@ private Q_SLOTS:
     void smokeTestTakesAWorkspace();
     void smokeTestRunsInEveryLanguage_data();
     void smokeTestRunsInEveryLanguage();
+    void publishPutsAPageIntoTheBook_data();
+    void publishPutsAPageIntoTheBook();
+    void publishNamesMissingPageCode();
 
 private:
     Outcome run(const QStringList &arguments) const;
@@ -88,8 +91,8 @@ void tst_Host::helpTellsTheExitStatuses()
         QCOMPARE(outcome.errors, QByteArray());
         QVERIFY(outcome.output.contains("Exit status: 0"));
         QVERIFY(outcome.output.contains("3 they were reverted"));
-        for (const char *option :
-             {"--workspace", "--language", "--bundle", "--modal", "--book", "--smoke-test", "--help"})
+        for (const char *option : {"--workspace", "--language", "--bundle", "--modal", "--book", "--publish",
+                                   "--smoke-test", "--help"})
             QVERIFY2(outcome.output.contains(option), option);
     }
 }
@@ -214,6 +217,48 @@ void tst_Host::smokeTestRunsInEveryLanguage()
     QFETCH(QString, language);
     QCOMPARE(run({QStringLiteral("--smoke-test"), QStringLiteral("--language"), language}).status,
              int(Applied));
+}
+
+void tst_Host::publishPutsAPageIntoTheBook_data()
+{
+    QTest::addColumn<bool>("isModal");
+    QTest::newRow("window") << false;
+    QTest::newRow("modal") << true;
+}
+
+void tst_Host::publishPutsAPageIntoTheBook()
+{
+    QFETCH(bool, isModal);
+    Fixtures::put(path("book/files/plugin/old"), "gone with the next publication");
+    QStringList arguments{QStringLiteral("--publish"), QStringLiteral("--workspace"), path("workspace"),
+                          QStringLiteral("--book"), path("book")};
+    if (isModal)
+        arguments.append(QStringLiteral("--modal"));
+    const Outcome outcome = run(arguments);
+    QCOMPARE(outcome.status, int(Applied));
+    QVERIFY2(outcome.output.contains("closeMode: 1\n"), outcome.output);
+    QCOMPARE(
+        Fixtures::tree(path("book/files/plugin")).keys().join(u' '),
+        QStringLiteral("bookPlugin.js bookPlugin.text.js defaultsettings.dat files linklist.xml player.css "
+                       "player.js settings.dat unscramble.js"));
+    QCOMPARE(Fixtures::get(path("book/files/plugin/bookPlugin.text.js")),
+             "var bookPluginText=\"" + Fixtures::get(path("book/files/plugin/bookPlugin.js")) + "\";");
+    // What the session leaves in the workspace is the book's own, without the page.
+    QVERIFY(!QFileInfo::exists(path("workspace/bookPlugin.text.js")));
+}
+
+void tst_Host::publishNamesMissingPageCode()
+{
+    QVERIFY(QFile::link(builtModules, m_bundle->path() + QStringLiteral("/Contents/Linux")));
+    QVERIFY(QFile::remove(m_bundle->resource("html/unscramble.js")));
+    const Outcome outcome
+        = run({QStringLiteral("--publish"), QStringLiteral("--bundle"), m_bundle->path(),
+               QStringLiteral("--workspace"), m_bundle->workSpace(), QStringLiteral("--book"), path("book")});
+    QCOMPARE(outcome.status, int(Failed));
+    QVERIFY2(outcome.errors.contains("the book cannot show its links: there is no unscramble.js"),
+             outcome.errors);
+    // The publication itself is whole.
+    QVERIFY(QFileInfo::exists(path("book/files/plugin/bookPlugin.js")));
 }
 
 LINKLIST_TEST_MAIN(tst_Host)

@@ -39,9 +39,6 @@ private Q_SLOTS:
     void acceptsNoDrops();
     void loadTakesNoFocus();
     void asRootInsideTheSandboxItSaysWhyAndLives();
-    void shippedPageShowsTheShippedConfiguration();
-    void shippedPageRefusesHarmfulAddressesAndMarkup();
-    void shippedPageSaysThatThereIsNoConfiguration();
 
 private:
     QUrl at(const char *name) const
@@ -51,7 +48,6 @@ private:
     // Loads the page and waits for its end; -1 stands for no end at all.
     static int load(WebView &view, const QUrl &url);
     static QVariant evaluate(const WebView &view, const char *script);
-    void copyShippedPage();
 
     std::unique_ptr<QTemporaryDir> m_folder;
 };
@@ -77,13 +73,6 @@ QVariant tst_WebView::evaluate(const WebView &view, const char *script)
     engineView(view)->page()->runJavaScript(QString::fromUtf8(script),
                                             [answer](const QVariant &value) { *answer = value; });
     return QTest::qWaitFor([&] { return answer->has_value(); }, loadTimeout) ? **answer : QVariant();
-}
-
-void tst_WebView::copyShippedPage()
-{
-    for (const char *name : {"index.html", "player.css", "player.js", "config.js"})
-        put(at(name).toLocalFile(),
-            Fixtures::get(QStringLiteral(LINKLIST_SOURCE_DIR "/Resources/html/") + QLatin1String(name)));
 }
 
 void tst_WebView::startsNoEngineBeforeTheFirstLoad()
@@ -238,65 +227,6 @@ void tst_WebView::asRootInsideTheSandboxItSaysWhyAndLives()
         child.readAllStandardOutput(),
         QByteArray("the web engine cannot run as root with its sandbox on\n"
                    "No preview is available here: the web engine cannot run as root with its sandbox on\n"));
-}
-
-void tst_WebView::shippedPageShowsTheShippedConfiguration()
-{
-    copyShippedPage();
-    WebView view;
-    view.resize(640, 480);
-    view.show();
-    QCOMPARE(load(view, at("index.html")), 1);
-    QTRY_COMPARE(evaluate(view, "document.querySelectorAll('#box li a').length").toInt(), 3);
-    QCOMPARE(evaluate(view, "document.querySelector('#box h1').innerText").toString(),
-             QStringLiteral("Further reading"));
-    // The style sheet is let through by the page's own content policy, and the box stands where it is told.
-    QCOMPARE(evaluate(view, "getComputedStyle(box).position").toString(), QStringLiteral("absolute"));
-    QCOMPARE(evaluate(view, "[box.style.left, box.style.top, box.style.width, box.style.height].join()")
-                 .toString(),
-             QStringLiteral("10%,26%,30%,48%"));
-}
-
-void tst_WebView::shippedPageRefusesHarmfulAddressesAndMarkup()
-{
-    copyShippedPage();
-    put(at("config.js").toLocalFile(), R"js(var config={
-        "opacity":0.5,"layout":0,"properties":{
-        "basic":{"left":"1.0%","top":"2.0%","width":"30.0%","height":"40.0%"},
-        "extended":{"title":{"content":"a<br/>b<b>c</b>","fontSize":20,"color":"#FF0000"},
-        "body":{"fontSize":12,"color":"#0000FF","content":[
-            {"link":"http://example.com/","title":"h"},{"link":"https://example.com/","title":"s"},
-            {"link":"ftp://example.com/","title":"f"},{"link":"mailto:a@example.com","title":"m"},
-            {"link":"page2.html","title":"r"},{"link":"javascript:alert(1)","title":"j"},
-            {"link":" java\tscript:alert(1)","title":"t"},{"link":"data:text/html,x","title":"d"}]}}}};)js");
-    WebView view;
-    QCOMPARE(load(view, at("index.html")), 1);
-    QTRY_COMPARE(evaluate(view, "document.querySelectorAll('#box li').length").toInt(), 8);
-    QCOMPARE(evaluate(view, "[...document.querySelectorAll('#box a[href]')].map(a => a.textContent).join('')")
-                 .toString(),
-             QStringLiteral("hsfmr"));
-    QCOMPARE(evaluate(view, "document.querySelector('#box h1').innerHTML").toString(),
-             QStringLiteral("a<br>b&lt;b&gt;c&lt;/b&gt;"));
-    QCOMPARE(evaluate(view, "box.style.opacity").toString(), QStringLiteral("0.5"));
-    QCOMPARE(evaluate(view, "getComputedStyle(document.querySelector('#box ul')).color").toString(),
-             QStringLiteral("rgb(0, 0, 255)"));
-    // A heading of 20 points beside a list of 12, at whatever scale the view has.
-    QCOMPARE(
-        evaluate(view,
-                 "Math.round(12 * parseFloat(getComputedStyle(document.querySelector('#box h1')).fontSize)"
-                 " / parseFloat(getComputedStyle(document.querySelector('#box ul')).fontSize))")
-            .toInt(),
-        20);
-}
-
-void tst_WebView::shippedPageSaysThatThereIsNoConfiguration()
-{
-    copyShippedPage();
-    put(at("config.js").toLocalFile(), "");
-    WebView view;
-    QCOMPARE(load(view, at("index.html")), 1);
-    QTRY_COMPARE(evaluate(view, "document.body.innerText.trim()").toString(),
-                 QStringLiteral("There is no configuration to show yet."));
 }
 
 // The engine says once per process which graphics it does without; that is no test's business.

@@ -9,9 +9,9 @@
 (function () {
     const schemes = ["http", "https", "ftp", "mailto"];
     const messages = {
-        damaged: "The link list cannot be shown: its configuration is damaged.",
-        incomplete: "Part of the link list’s configuration is damaged or missing.",
-        noRoom: "The box cannot be seen: its margins leave no room for it on the page.",
+        damaged: "The link list’s configuration is damaged.",
+        incomplete: "Part of the configuration is damaged or missing.",
+        noRoom: "The margins leave no room for the box.",
     };
     let isIncomplete = false;
     let hasScriptFailed = false;
@@ -60,10 +60,8 @@
         return isRefused ? "" : trimmed;
     }
 
-    // Only a line break means anything in a text. Each element finds its own reading direction, and a character that
-    // turns the direction round ends with the element.
+    // Only a line break means anything in a text.
     function putText(element, content) {
-        element.dir = "auto";
         content.split(/<br\s*\/?>/i).forEach((line, index) => {
             if (index > 0)
                 element.append(document.createElement("br"));
@@ -88,6 +86,7 @@
             content.setAttribute("href", href);
             content.rel = "noopener noreferrer";
         }
+        // Each line finds its own reading direction, and a character that turns it round ends with the line.
         const line = document.createElement("li");
         line.dir = "auto";
         line.append(content);
@@ -137,6 +136,7 @@
         const list = document.getElementById("links");
 
         putText(heading, text(title.content));
+        heading.dir = "auto";
         putFont(heading, title, 16);
         heading.hidden = heading.textContent.trim() === "";
         if (heading.hidden) {

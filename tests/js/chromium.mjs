@@ -83,10 +83,9 @@ class Browser {
         const { sessionId } = await this.send("Target.attachToTarget", { targetId, flatten: true });
         const page = new Page(this, sessionId, targetId);
         this.#sessions.set(sessionId, page);
-        await Promise.all(["Page", "Runtime", "Log", "Accessibility"].map((domain) => page.send(`${domain}.enable`)));
-        await page.send("Emulation.setDeviceMetricsOverride", { width, height, deviceScaleFactor: 1, mobile });
+        await Promise.all(["Page", "Runtime", "Log"].map((domain) => page.send(`${domain}.enable`)));
         await page.send("Emulation.setFocusEmulationEnabled", { enabled: true });
-        await page.load(url);
+        await page.load(url, { width, height, mobile });
         return page;
     }
 
@@ -130,7 +129,13 @@ class Page {
             this.refusals.push(params.entry.text);
     }
 
-    async load(url) {
+    // Loads the page and begins to note what it does afresh; without a size the tab keeps its own.
+    async load(url, { width, height, mobile = false } = {}) {
+        if (width)
+            await this.send("Emulation.setDeviceMetricsOverride", { width, height, deviceScaleFactor: 1, mobile });
+        this.dialogs = [];
+        this.exceptions = [];
+        this.refusals = [];
         const loaded = new Promise((resolve) => { this.#onLoad = resolve; });
         const { errorText } = await this.send("Page.navigate", { url });
         if (errorText)
@@ -166,8 +171,9 @@ class Page {
         return Buffer.from(data, "base64");
     }
 
-    // What a screen reader is told: role, name and level of each node that is not ignored, in order.
+    // What a screen reader is told: role, name and level of each node that is not ignored, in no order.
     async accessibility() {
+        await this.send("Accessibility.enable"); // not before: it makes long pages slow
         const { nodes } = await this.send("Accessibility.getFullAXTree");
         return nodes.filter((node) => !node.ignored).map((node) => ({
             role: node.role?.value,

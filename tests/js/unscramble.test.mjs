@@ -1,11 +1,12 @@
 import assert from "node:assert/strict";
 import { execFileSync } from "node:child_process";
-import { createCipheriv } from "node:crypto";
+import { randomBytes, randomInt } from "node:crypto";
 import { mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
 import { test } from "node:test";
 import { fileURLToPath } from "node:url";
+import vm from "node:vm";
 import { evaluate } from "./evaluate.mjs";
 import { unscramble } from "./unscramble.mjs";
 
@@ -50,6 +51,21 @@ function scramble(text, key) {
     return out + key + "_";
 }
 
+// The script that a book's page reads the published text with; answers what it declares.
+function bookPage(bookPluginText) {
+    const context = vm.createContext({ TextDecoder, Uint8Array, ...bookPluginText === undefined ? {} : { bookPluginText } });
+    vm.runInContext(readFileSync(here("../../Resources/html/unscramble.js"), "utf8"), context);
+    return context;
+}
+
+// A text of any characters, those of four bytes in UTF-8 included; halves of pairs have no UTF-8.
+function randomText() {
+    return String.fromCodePoint(...Array.from({ length: randomInt(400) }, () => {
+        const point = randomInt(2 ** randomInt(7, 21)) + (randomInt(8) === 0 ? 0x10000 : 0);
+        return point >= 0xd800 && point < 0xe000 ? 0x1f4d6 : point;
+    }));
+}
+
 function inFile(content, use) {
     const folder = mkdtempSync(join(tmpdir(), "linklist-js-"));
     try {
@@ -92,6 +108,29 @@ for (const [name, text] of Object.entries({
     });
 }
 
+test("the page's reader and this one read the same from 2,000 random texts", () => {
+    const page = bookPage();
+    for (let round = 0; round < 2000; ++round) {
+        const text = randomText();
+        const key = randomBytes(4).toString("hex").replace(/[a-f]/g, (letter) =>
+            randomInt(2) === 0 ? letter : letter.toUpperCase());
+        const scrambled = scramble(text, key);
+        assert.equal(page.unscramble(scrambled), text, scrambled);
+        assert.equal(unscramble(scrambled), text, scrambled);
+    }
+});
+
+test("the page's reader declares what was published, read as data", () => {
+    const scrambled = (script) => scramble(script, "0a1B2c3D");
+    const read = (script) => JSON.stringify(bookPage(scrambled(script)).bookPlugin);
+    assert.equal(bookPage().bookPlugin, undefined);
+    assert.equal(read("var bookPlugin={\"title\":\"\u{1F4D6} \u2028 \\u00e9\"};"), "{\"title\":\"\u{1F4D6} \u2028 \u00e9\"}");
+    assert.equal(read("var bookPlugin={\"title\":\"a\tb\"};"), "{\"title\":\"a b\"}");
+    for (const script of ["", "var bookPlugin=", "var bookPlugin={\"a\":1}", "var config={};", "var bookPlugin=run();",
+        "var bookPlugin={\"a\":\"\\users\"};", "var bookPlugin={\"fontSize\":};", "\uFEFFvar bookPlugin={};"])
+        assert.equal(read(script), "null", script);
+});
+
 test("letter case makes different keys", () => {
     assert.notEqual(scramble("same", "0000000a").slice(0, 8), scramble("same", "0000000A").slice(0, 8));
 });
@@ -106,13 +145,18 @@ for (const [name, text] of Object.entries({
     "a character outside the alphabet": "A+00000000_",
     "a final line feed": "00000000_\n",
 })) {
-    test(`refuses ${name}`, () => assert.throws(() => unscramble(text)));
+    test(`refuses ${name}`, () => {
+        assert.throws(() => unscramble(text));
+        assert.throws(() => bookPage().unscramble(text));
+        assert.equal(bookPage(text).bookPlugin, null);
+    });
 }
 
 test("refuses bytes that are not UTF-8", () => {
     const byte = 0xff ^ keyStream("00000000", 1)[0];
     const pair = "ABCDEFGHIJKLMNOP"[byte >> 4] + "ABCDEFGHIJKLMNOP"[byte & 15];
     assert.throws(() => unscramble(pair + "00000000_"), TypeError);
+    assert.equal(bookPage(pair + "00000000_").bookPlugin, null);
 });
 
 test("evaluates plain and scrambled scripts, with and without a mark", () => {
