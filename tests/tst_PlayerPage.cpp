@@ -287,7 +287,7 @@ void tst_PlayerPage::hostileTextsStayTextAndReachNoNetwork()
     QCOMPARE(seen[QLatin1String("isScriptRun")].toBool(), false);
     const QJsonArray lines = seen[QLatin1String("items")].toArray();
     qsizetype line = 0;
-    for (const QJsonValue &attack : items) {
+    for (const auto &attack : items) {
         const QString title = attack[QLatin1String("title")].toString();
         if ((title + attack[QLatin1String("link")].toString()).trimmed().isEmpty())
             continue;

@@ -210,5 +210,6 @@ export function picture(png) {
             pixels[y * stride + x] = lines[y * (stride + 1) + 1 + x] + [0, a, b, (a + b) >> 1, nearest][filter];
         }
     }
-    return { width, height, at: (x, y) => [...pixels.subarray((y * width + x) * channels, (y * width + x) * channels + 3)] };
+    const at = (x, y) => [...pixels.subarray((y * width + x) * channels, (y * width + x) * channels + 3)];
+    return { width, height, at };
 }

@@ -53,7 +53,7 @@ function scramble(text, key) {
 
 // The script that a book's page reads the published text with; answers what it declares.
 function bookPage(bookPluginText) {
-    const context = vm.createContext({ TextDecoder, Uint8Array, ...bookPluginText === undefined ? {} : { bookPluginText } });
+    const context = vm.createContext({ TextDecoder, ...bookPluginText === undefined ? {} : { bookPluginText } });
     vm.runInContext(readFileSync(here("../../Resources/html/unscramble.js"), "utf8"), context);
     return context;
 }
@@ -124,7 +124,8 @@ test("the page's reader declares what was published, read as data", () => {
     const scrambled = (script) => scramble(script, "0a1B2c3D");
     const read = (script) => JSON.stringify(bookPage(scrambled(script)).bookPlugin);
     assert.equal(bookPage().bookPlugin, undefined);
-    assert.equal(read("var bookPlugin={\"title\":\"\u{1F4D6} \u2028 \\u00e9\"};"), "{\"title\":\"\u{1F4D6} \u2028 \u00e9\"}");
+    assert.equal(read("var bookPlugin={\"title\":\"\u{1F4D6} \u2028 \\u00e9\"};"),
+        "{\"title\":\"\u{1F4D6} \u2028 \u00e9\"}");
     assert.equal(read("var bookPlugin={\"title\":\"a\tb\"};"), "{\"title\":\"a b\"}");
     for (const script of ["", "var bookPlugin=", "var bookPlugin={\"a\":1}", "var config={};", "var bookPlugin=run();",
         "var bookPlugin={\"a\":\"\\users\"};", "var bookPlugin={\"fontSize\":};", "\uFEFFvar bookPlugin={};"])
