@@ -185,6 +185,14 @@ class Page {
     async close() { await this.#browser.send("Target.closeTarget", { targetId: this.#target }); }
 }
 
+// PNG's fourth filter: the neighbour that is closest to left + above - corner.
+function nearest(left, above, corner) {
+    const byLeft = Math.abs(above - corner);
+    const byAbove = Math.abs(left - corner);
+    const byCorner = Math.abs(left + above - 2 * corner);
+    return byLeft <= byAbove && byLeft <= byCorner ? left : byAbove <= byCorner ? above : corner;
+}
+
 // The picture in a PNG of eight bits a channel without interlacing, as Chromium writes it.
 export function picture(png) {
     const width = png.readUInt32BE(16);
@@ -204,10 +212,9 @@ export function picture(png) {
             const a = x >= channels ? pixels[y * stride + x - channels] : 0;
             const b = y > 0 ? pixels[(y - 1) * stride + x] : 0;
             const c = x >= channels && y > 0 ? pixels[(y - 1) * stride + x - channels] : 0;
-            const estimate = a + b - c;
-            const [pa, pb, pc] = [a, b, c].map((value) => Math.abs(estimate - value));
-            const nearest = pa <= pb && pa <= pc ? a : pb <= pc ? b : c;
-            pixels[y * stride + x] = lines[y * (stride + 1) + 1 + x] + [0, a, b, (a + b) >> 1, nearest][filter];
+            const predicted = filter === 0 ? 0 : filter === 1 ? a : filter === 2 ? b : filter === 3 ? (a + b) >> 1
+                : nearest(a, b, c);
+            pixels[y * stride + x] = lines[y * (stride + 1) + 1 + x] + predicted;
         }
     }
     const at = (x, y) => [...pixels.subarray((y * width + x) * channels, (y * width + x) * channels + 3)];
