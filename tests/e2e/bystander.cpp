@@ -5,7 +5,9 @@
 #include <QDragEnterEvent>
 #include <QFile>
 #include <QMimeData>
+#include <QTimer>
 #include <QWidget>
+#include <utility>
 
 class Bystander : public QWidget
 {
@@ -20,7 +22,12 @@ public:
     }
 
 protected:
-    void showEvent(QShowEvent *) override { say("shown"); }
+    void paintEvent(QPaintEvent *) override
+    {
+        // After the first painting the window manager has placed the window.
+        if (!std::exchange(m_isPainted, true))
+            QTimer::singleShot(0, this, [this] { say("shown"); });
+    }
     void mousePressEvent(QMouseEvent *) override { say("click"); }
     void dragEnterEvent(QDragEnterEvent *event) override
     {
@@ -41,6 +48,7 @@ private:
     }
 
     QFile m_file;
+    bool m_isPainted = false;
 };
 
 int main(int argc, char **argv)

@@ -69,11 +69,11 @@ start_bystander() {
 }
 said() { grep -c "^$1" "$by" || true; }
 is_said() { [ "$(said "$1")" = "$2" ]; }
-clicks=0
 bystander_is_reached() {
+    local clicks
+    clicks=$(said click)
     xdotool mousemove --sync 2310 230 click 1
-    clicks=$((clicks + 1))
-    wait_until 5 is_said click "$clicks"
+    wait_until 5 is_said click $((clicks + 1))
 }
 
 # Screen coordinates of the middle of a row's first cell.
