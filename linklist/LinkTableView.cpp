@@ -20,12 +20,51 @@ int LinkTableView::landingRow(const QPoint &position) const
         return model() ? model()->rowCount() : 0;
     const QRect cell = visualRect(index);
     const int strip = std::clamp(cell.height() / 5, 2, 12);
-    return position.y() > cell.bottom() - strip ? index.row() + 1 : index.row();
+    const bool isLast = index.row() == model()->rowCount() - 1;
+    const bool isRoomBelow = cell.bottom() + strip < viewport()->height();
+    return isLast && !isRoomBelow && position.y() > std::min(cell.bottom(), viewport()->height()) - strip
+        ? index.row() + 1
+        : index.row();
 }
 
 void LinkTableView::startDrag(Qt::DropActions)
 {
-    Q_EMIT dragStarted();
+    QList<int> rows;
+    const QModelIndexList selected = selectionModel()->selectedRows();
+    for (const QModelIndex &index : selected)
+        rows.append(index.row());
+    std::sort(rows.begin(), rows.end());
+    m_isDragStarted = true;
+    Q_EMIT dragStarted(rows);
+}
+
+void LinkTableView::mousePressEvent(QMouseEvent *event)
+{
+    m_isDragStarted = false;
+    QTableView::mousePressEvent(event);
+}
+
+// Moves that come before the drag runs would select more rows than the person took.
+void LinkTableView::mouseMoveEvent(QMouseEvent *event)
+{
+    if (!m_isDragStarted)
+        QTableView::mouseMoveEvent(event);
+}
+
+void LinkTableView::mouseReleaseEvent(QMouseEvent *event)
+{
+    m_isDragStarted = false;
+    QTableView::mouseReleaseEvent(event);
+}
+
+// The rows move below a pointer that stands still.
+void LinkTableView::scrollContentsBy(int dx, int dy)
+{
+    QTableView::scrollContentsBy(dx, dy);
+    if (m_line < 0)
+        return;
+    m_line = landingRow(m_dragPosition);
+    viewport()->update();
 }
 
 bool LinkTableView::canDrop(const QDropEvent *event) const
@@ -44,7 +83,8 @@ void LinkTableView::dragMoveEvent(QDragMoveEvent *event)
 {
     QTableView::dragMoveEvent(event);
     event->setAccepted(canDrop(event));
-    showLine(event->isAccepted() ? landingRow(event->position().toPoint()) : -1);
+    m_dragPosition = event->position().toPoint();
+    showLine(event->isAccepted() ? landingRow(m_dragPosition) : -1);
 }
 
 void LinkTableView::dragLeaveEvent(QDragLeaveEvent *event)
@@ -93,6 +133,9 @@ void LinkTableView::paintEvent(QPaintEvent *event)
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(palette().color(QPalette::Highlight), lineWidth));
     painter.setBrush(palette().color(QPalette::Base));
-    painter.drawLine(QPointF(2 * knob + 1, y), QPointF(viewport()->width() - 1, y));
-    painter.drawEllipse(QPointF(knob + 1, y), knob, knob);
+    const qreal width = viewport()->width();
+    const qreal start = isRightToLeft() ? width - knob - 1 : knob + 1;
+    painter.drawLine(QPointF(isRightToLeft() ? 1 : 2 * knob + 1, y),
+                     QPointF(isRightToLeft() ? width - 2 * knob - 1 : width - 1, y));
+    painter.drawEllipse(QPointF(start, y), knob, knob);
 }

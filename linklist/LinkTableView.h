@@ -12,15 +12,19 @@ public:
     explicit LinkTableView(QWidget *parent = nullptr);
 
     // Before which row something dropped at that point of the viewport lands; the number of rows for behind
-    // the last. Only a strip along a row's lower edge means the place below it.
+    // the last. Where the last row leaves no empty area below it, its lower edge stands for that.
     int landingRow(const QPoint &position) const;
 
 Q_SIGNALS:
-    // The person drags the selected rows away; the button is still down.
-    void dragStarted();
+    // The person drags these rows away, ascending; the button is still down.
+    void dragStarted(const QList<int> &rows);
 
 protected:
     void startDrag(Qt::DropActions supportedActions) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void scrollContentsBy(int dx, int dy) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dragMoveEvent(QDragMoveEvent *event) override;
     void dragLeaveEvent(QDragLeaveEvent *event) override;
@@ -32,4 +36,6 @@ private:
     void showLine(int row);
 
     int m_line = -1; // the row above which the line stands; -1 for no line
+    QPoint m_dragPosition;
+    bool m_isDragStarted = false; // until the button comes up
 };

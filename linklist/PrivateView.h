@@ -153,7 +153,7 @@ private:
     LinkListSettings settings() const;
     void showFontSize(const FontSize &size, const QString &text);
     bool completeFontSize(const FontSize &size);
-    void dragSelectedRows();
+    void dragRows(const QList<int> &rows);
     QPixmap pictureOfRows(const QList<int> &rows) const;
     void showDroppedRows(const QList<int> &rows);
 
@@ -186,7 +186,7 @@ private:
     QPointer<QLineEdit> m_edited;
     QPointer<DragDeleteDetectView> m_dragDeleteView;
     QPointer<DragDeleteDelegate> m_dragDeleteCtrl;
-    bool m_hasDragDetection = false;
+    bool m_isAddingDetection = false;
     bool m_isDragging = false;
     // What the document told and no part of the interface shows: kept as it was.
     LinkListSettings m_loaded;

@@ -14,6 +14,8 @@
 #include <QGuiApplication>
 #include <QMimeData>
 #include <QPainter>
+#include <QScopedValueRollback>
+#include <QStyle>
 #include <QTableView>
 #include <algorithm>
 
@@ -39,6 +41,8 @@ void PrivateView::cancelDrag()
 {
     if (m_isDragging)
         QDrag::cancel();
+    if (m_dragDeleteCtrl && m_dragDeleteCtrl->window())
+        m_dragDeleteCtrl->window()->draggingEnded();
     onDeleteWindowDismiss();
 }
 
@@ -51,18 +55,25 @@ void PrivateView::showEvent(QShowEvent *event)
 void PrivateView::addDragDetection()
 {
     // Wrapping the window shows this view anew and so comes here again.
-    if (m_hasDragDetection || isWindow() || !m_tableView)
+    if (m_isAddingDetection || isWindow() || !m_tableView
+        || (m_dragDeleteView && m_dragDeleteView->window() == window()))
         return;
-    m_hasDragDetection = true;
+    const QScopedValueRollback adding(m_isAddingDetection, true);
     const QStringList types = {LinkListModel::dragType()};
-    if (auto *existing = window()->findChild<DragDeleteDetectView *>()) {
-        existing->addDataTypes(types);
-        m_dragDeleteView = existing;
+    const QList<DragDeleteDetectView *> present = window()->findChildren<DragDeleteDetectView *>();
+    const auto own = std::find_if(present.begin(), present.end(), [this](const DragDeleteDetectView *view) {
+        return view->window() == window(); // and not a dialog's below it
+    });
+    if (own != present.end()) {
+        m_dragDeleteView = *own;
+        m_dragDeleteView->addDataTypes(types);
     } else {
         m_dragDeleteView = DragDeleteDetectView::addDragDetectViewtoWindow(window(), types, m_tableView);
     }
-    NotificationCenter::defaultCenter().addObserver(this, DragDeleteWindowNotification,
-                                                    [this](QObject *ended) { DeleteWindowDragEndA(ended); });
+    NotificationCenter &center = NotificationCenter::defaultCenter();
+    center.removeObserver(this);
+    center.addObserver(this, DragDeleteWindowNotification,
+                       [this](QObject *ended) { DeleteWindowDragEndA(ended); });
 }
 
 DragDeleteDetectView *PrivateView::dragDeleteView() const
@@ -142,13 +153,12 @@ void PrivateView::DeleteWindowDragEndA(QObject *window)
 
 void PrivateView::deleteAnimationEnd(void *) { }
 
-void PrivateView::dragSelectedRows()
+void PrivateView::dragRows(const QList<int> &rows)
 {
     // The button may have come up since, and a drag would then hang on the pointer.
     if (m_isDragging || !QGuiApplication::mouseButtons().testFlag(Qt::LeftButton))
         return;
     m_cells->commitEditor();
-    const QList<int> rows = selectedRows();
     auto pasteboard = std::make_unique<QMimeData>();
     if (!writeRowsWithIndexes(m_tableView, rows, pasteboard.get()))
         return;
@@ -178,9 +188,11 @@ QPixmap PrivateView::pictureOfRows(const QList<int> &rows) const
     QPainter painter(&picture);
     painter.setFont(m_tableView->font());
     painter.setPen(palette().color(QPalette::HighlightedText));
-    painter.drawText(QRect(QPoint(margin, 0), size), Qt::AlignVCenter | Qt::TextSingleLine, title);
-    if (!number.isEmpty())
-        painter.drawText(QRect(QPoint(size.width() - numberWidth, 0), QSize(numberWidth, size.height())),
-                         Qt::AlignCenter, number);
+    const auto draw = [&](const QRect &place, const QString &text) {
+        painter.drawText(QStyle::visualRect(layoutDirection(), QRect(QPoint(), size), place),
+                         Qt::AlignCenter | Qt::TextSingleLine, text);
+    };
+    draw(QRect(0, 0, size.width() - numberWidth, size.height()), title);
+    draw(QRect(size.width() - numberWidth, 0, numberWidth, size.height()), number);
     return picture;
 }

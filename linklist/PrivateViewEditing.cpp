@@ -121,8 +121,7 @@ void PrivateView::setUpTable()
     connect(m_model, &LinkListModel::dropped, this, &PrivateView::showDroppedRows);
     // From the event loop: a drag runs one of its own, and the table may go in it.
     if (auto *table = qobject_cast<LinkTableView *>(m_tableView.data()))
-        connect(table, &LinkTableView::dragStarted, this, &PrivateView::dragSelectedRows,
-                Qt::QueuedConnection);
+        connect(table, &LinkTableView::dragStarted, this, &PrivateView::dragRows, Qt::QueuedConnection);
 
     m_hint = new QLabel;
     const QString hint = QStringLiteral("There are no links yet.");

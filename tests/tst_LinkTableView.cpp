@@ -6,6 +6,7 @@
 #include <QDragEnterEvent>
 #include <QHeaderView>
 #include <QMimeData>
+#include <QScrollBar>
 #include <QSignalSpy>
 
 class tst_LinkTableView : public TestCase
@@ -17,10 +18,13 @@ private Q_SLOTS:
     void cleanup();
     void landsOnTheRowBelowThePointer_data();
     void landsOnTheRowBelowThePointer();
+    void lowerEdgeOfAFullTableLandsBehindTheLast();
     void emptyTableLandsAtItsBeginning();
     void pressAndMoveBeginsADragOfTheRow();
     void clickAloneBeginsNone();
     void lineShowsWhereRowsLand();
+    void lineFollowsTheRowsThatScrollBelowThePointer();
+    void lineBeginsWhereReadingDoes();
     void lineGoesWhenTheDragLeavesOrDrops();
     void foreignDataIsRefusedWithoutALine();
     void dropMovesRowsAlsoOntoThemselves();
@@ -124,10 +128,10 @@ void tst_LinkTableView::landsOnTheRowBelowThePointer_data()
     QTest::newRow("top of the first") << 0 << 0;
     QTest::newRow("middle of the first") << 15 << 0;
     QTest::newRow("lower part of the first") << 22 << 0;
-    QTest::newRow("strip along its lower edge") << 27 << 1;
+    QTest::newRow("lower edge of the first") << 29 << 0;
     QTest::newRow("top of the second") << 30 << 1;
     QTest::newRow("middle of the last") << 105 << 3;
-    QTest::newRow("strip below the last") << 117 << 4;
+    QTest::newRow("lower edge of the last") << 119 << 3;
     QTest::newRow("empty area") << 150 << 4;
     QTest::newRow("far below") << 5000 << 4;
 }
@@ -137,6 +141,16 @@ void tst_LinkTableView::landsOnTheRowBelowThePointer()
     QFETCH(const int, y);
     QFETCH(const int, row);
     QCOMPARE(m_table->landingRow({40, y}), row);
+}
+
+void tst_LinkTableView::lowerEdgeOfAFullTableLandsBehindTheLast()
+{
+    const int frame = m_table->height() - m_table->viewport()->height();
+    m_table->resize(300, frame + 120);
+    QCOMPARE(m_table->viewport()->height(), 120);
+    QCOMPARE(m_table->landingRow({40, 105}), 3);
+    QCOMPARE(m_table->landingRow({40, 119}), 4);
+    QCOMPARE(m_table->landingRow({40, 89}), 2);
 }
 
 void tst_LinkTableView::emptyTableLandsAtItsBeginning()
@@ -155,6 +169,12 @@ void tst_LinkTableView::pressAndMoveBeginsADragOfTheRow()
                          Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(m_table->viewport(), &move);
     }
+    QCOMPARE(started.size(), 1);
+    QCOMPARE(started.first().first().value<QList<int>>(), QList<int>{1});
+    // Moves that come before the drag runs select nothing more.
+    QMouseEvent far(QEvent::MouseMove, middleOf(3), m_table->viewport()->mapToGlobal(middleOf(3)),
+                    Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(m_table->viewport(), &far);
     QCOMPARE(started.size(), 1);
     const QModelIndexList rows = m_table->selectionModel()->selectedRows();
     QCOMPARE(rows.size(), 1);
@@ -181,6 +201,41 @@ void tst_LinkTableView::lineShowsWhereRowsLand()
     // Above the first row it is pushed into sight.
     QVERIFY(move(*data, middleOf(0)));
     QCOMPARE(lineAt(), (QList<int>{3, 4}));
+}
+
+void tst_LinkTableView::lineFollowsTheRowsThatScrollBelowThePointer()
+{
+    for (int i = 0; i < 20; ++i)
+        m_model->append({{QString::number(i), QString()}});
+    const auto data = dragged({0});
+    QVERIFY(enter(*data));
+    QVERIFY(move(*data, middleOf(2)));
+    m_table->verticalScrollBar()->setValue(m_table->verticalScrollBar()->maximum());
+    const QPoint at(40, 75);
+    const int row = m_table->landingRow(at);
+    QVERIFY(row > 2);
+    const int below = m_table->rowViewportPosition(row);
+    QCOMPARE(lineAt(), (QList<int>{below - 1, below}));
+    QVERIFY(drop(*data, at));
+    QCOMPARE(m_model->items()[row - 1].title, QStringLiteral("A"));
+}
+
+void tst_LinkTableView::lineBeginsWhereReadingDoes()
+{
+    const auto knobs = [this] {
+        QImage image(m_table->viewport()->size(), QImage::Format_RGB32);
+        m_table->viewport()->render(&image);
+        const QRgb color = m_table->palette().color(QPalette::Highlight).rgb();
+        const auto isThere
+            = [&](int x) { return image.pixel(x, 57) == color || image.pixel(x, 62) == color; };
+        return std::pair(isThere(4) || isThere(3), isThere(image.width() - 5) || isThere(image.width() - 4));
+    };
+    const auto data = dragged({0});
+    QVERIFY(enter(*data));
+    QVERIFY(move(*data, middleOf(2)));
+    QCOMPARE(knobs(), std::pair(true, false));
+    m_table->setLayoutDirection(Qt::RightToLeft);
+    QCOMPARE(knobs(), std::pair(false, true));
 }
 
 void tst_LinkTableView::lineGoesWhenTheDragLeavesOrDrops()

@@ -190,8 +190,8 @@ void tst_PrivateViewDragging::secondEditorInTheWindowAddsItsTypeOnly()
     Editor editor;
     Editor other;
     editor.view->parentWidget()->layout()->addWidget(other.view);
-    auto *moved = other.view;
-    moved->addDragDetection(); // it has its own already
+    other.view->addDragDetection(); // it has left its own behind
+    QCOMPARE(other.view->dragDeleteView(), editor.view->dragDeleteView());
     QCOMPARE(editor.window.findChildren<DragDeleteDetectView *>().size(), 1);
 
     const auto nib
@@ -206,7 +206,7 @@ void tst_PrivateViewDragging::secondEditorInTheWindowAddsItsTypeOnly()
     QCOMPARE(second->dragDeleteView(), editor.view->dragDeleteView());
     QCOMPARE(editor.window.findChildren<DragDeleteDetectView *>().size(), 1);
     const QString type = QStringLiteral("LinkListDragType");
-    QCOMPARE(editor.view->dragDeleteView()->dataTypes(), (QStringList{type, type}));
+    QCOMPARE(editor.view->dragDeleteView()->dataTypes(), (QStringList{type, type, type}));
 }
 
 void tst_PrivateViewDragging::dragMakesACatchingWindowForTheTable()

@@ -128,6 +128,9 @@ QPixmap pointer(bool isVanishing, const QPixmap &carried)
     painter.setPen(QPen(Qt::white, 1.4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.setBrush(Qt::black);
     painter.drawPolygon(QPolygonF({{0, 0}, {0, 13}, {3, 10}, {5.2, 15}, {7.4, 14}, {5.2, 9.2}, {9.2, 9.2}}));
+    painter.end();
+    // A cursor's tip is told in pixels of the picture, whatever the screen's scale.
+    pixmap.setDevicePixelRatio(1);
     return pixmap;
 }
 

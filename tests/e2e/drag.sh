@@ -2,7 +2,7 @@
 # tests/e2e/drag.sh BUILD_FOLDER [--plain|--compositor|--modal]...
 # Drags rows of the list with the real mouse, in the host's window on a virtual display with a window manager, and
 # with a compositor where that is asked for: to other places in the list, out of it onto the bare desktop, onto another
-# program's window and onto another plug-in window's list, out and back in, past its edge to the pixel; with Escape,
+# program's window and onto another plug-in window's list, out and back in, past its edge to the pixel; with Escape or another button,
 # with the program below closed and with the plug-in's own window closed in the middle of it. After each drag
 # linklist.xml is compared with this script's own account of the list, and a click on the other program's window must
 # reach it. Prints every check. Leaves a picture of the puff of smoke at BUILD_FOLDER/Testing/drag-puff.png.
@@ -184,6 +184,27 @@ list_follows "Escape outside leaves the row"
 
 hold_row 1; carry_to_row 3; xdotool key Escape; release
 list_follows "Escape inside leaves the row"
+
+hold_row 1; carry "$desktop_x" "$desktop_y"; xdotool click 3; sleep 0.2; release
+list_follows "another button outside leaves the row"
+
+hold_row 1; carry_to_row 3; xdotool click 3; sleep 0.2; release
+list_follows "another button inside leaves the row"
+
+# Out, in, and in again before the window that was raised has been given up; then out for good.
+hold_row 1
+jump $((table_x + table_w + 12)) $((table_y + 100)); sleep 0.05
+jump $((table_x + table_w + 14)) $((table_y + 100)); sleep 0.05
+jump $((table_x + table_w - 60)) $((table_y + 100)); sleep 0.02
+jump $((table_x + table_w - 64)) $((table_y + 100)); sleep 0.6
+carry 2310 230; carry "$desktop_x" "$desktop_y"; release
+without 1; list_follows "a row that was out for a moment and goes out again is deleted"
+check "the other program was still offered nothing" is_said 'offered\|drop' 0
+
+hold_row 1; carry "$desktop_x" "$desktop_y"
+# shellcheck disable=SC2046
+jump $(row_at 3); release
+dropped 3 1; list_follows "a row thrown back and let go at once is moved"
 
 hold_row 1; carry $((table_x + table_w / 2)) $((table_y + 6)); release
 list_follows "a row dropped on the list's header stays"

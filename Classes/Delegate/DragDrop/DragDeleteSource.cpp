@@ -67,22 +67,65 @@ void DragDeleteSource::run(std::unique_ptr<QMimeData> data, const QPixmap &pictu
     QCoreApplication::instance()->removeEventFilter(this);
     m_updates.stop();
 
-    if (!m_catcher || m_catcher->hasEnded())
+    if (!m_catcher || m_isCancelled)
+        m_released.reset();
+    if (!m_catcher)
         return;
+    if (m_catcher->hasEnded()) {
+        // Thrown back and let go at once: the drop came before the window could make way.
+        if (m_released && m_catcher->isExcepted(*m_released) && dragged)
+            dropOnView(*dragged);
+        return;
+    }
     // A release right where the drag leaves the view, or on another screen, may reach no window.
-    if (m_released && !m_isCancelled && m_catcher->isVisible()) {
+    if (m_released && m_catcher->isVisible()) {
         m_catcher->performDragOperation(*m_released);
         m_catcher->concludeDragOperation(dragged, *m_released);
     }
     m_catcher->draggingEnded();
 }
 
+void DragDeleteSource::dropOnView(const QMimeData &data) const
+{
+    QWindow *window = m_view ? m_view->window()->windowHandle() : nullptr;
+    if (!window)
+        return;
+    const QPointF at = window->mapFromGlobal(*m_released);
+    QDragEnterEvent enter(at.toPoint(), Qt::MoveAction, &data, Qt::NoButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(window, &enter);
+    QDragMoveEvent move(at.toPoint(), Qt::MoveAction, &data, Qt::NoButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(window, &move);
+    QDropEvent drop(at, Qt::MoveAction, &data, Qt::NoButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(window, &drop);
+}
+
 bool DragDeleteSource::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape)
-        m_isCancelled = true;
-    else if (event->type() == QEvent::MouseButtonRelease && !m_released)
-        m_released = static_cast<QMouseEvent *>(event)->globalPosition();
+    switch (event->type()) {
+    case QEvent::KeyPress:
+        if (static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape)
+            m_isCancelled = true;
+        break;
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::MouseButtonRelease: {
+        const auto *mouse = static_cast<QMouseEvent *>(event);
+        // Another button ends the drag as Escape does; left to the window system its release would be a drop.
+        if (mouse->button() != Qt::LeftButton) {
+            m_isCancelled = true;
+            QDrag::cancel();
+            return true;
+        }
+        // Whoever ended the catching window before the release has cancelled the drag.
+        if (m_catcher && m_catcher->hasEnded())
+            m_isCancelled = true;
+        if (event->type() == QEvent::MouseButtonRelease && !m_released)
+            m_released = mouse->globalPosition();
+        break;
+    }
+    default:
+        break;
+    }
     return QObject::eventFilter(watched, event);
 }
 
@@ -93,8 +136,12 @@ void DragDeleteSource::update()
     if (!m_catcher || m_catcher->hasEnded())
         return;
     const QPoint mouse = QCursor::pos();
-    if (m_detector && !m_catcher->isEntered())
-        m_detector->draggingUpdated(mouse);
+    if (!m_catcher->isEntered()) {
+        if (m_catcher->isExcepted(mouse))
+            m_catcher->orderBack();
+        else if (m_detector)
+            m_detector->draggingUpdated(mouse);
+    }
     if (m_catcher->isActive() == m_wasActive)
         return;
     m_wasActive = m_catcher->isActive();

@@ -38,6 +38,7 @@ public:
 private:
     void update();
     void repeatMove(const QPoint &mouse) const;
+    void dropOnView(const QMimeData &data) const;
     void showCursor();
 
     QPointer<QWidget> m_view;

@@ -13,8 +13,8 @@
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
+#include <exception>
 #include <mutex>
-#include <system_error>
 #include <thread>
 
 const QString DragDeleteWindowNotification = QStringLiteral("linklist.DragDeleteWindowNotification");
@@ -81,6 +81,9 @@ void DragDeleteWindow::orderBehind()
 
 void DragDeleteWindow::orderFront()
 {
+    // A drag that was out for a moment and is out again finds the window waiting for it.
+    if (!m_hasEnded && ignoresMouseEvents())
+        setFlag(Qt::WindowTransparentForInput, false);
     if (m_isActive)
         return;
     m_isActive = true;
@@ -102,7 +105,7 @@ void DragDeleteWindow::orderBack()
 void DragDeleteWindow::DeleteViewDragEnd(QObject *detector)
 {
     const auto *view = qobject_cast<QWidget *>(detector);
-    if (m_hasEnded || (view && sender() && view->window() != sender()->window()))
+    if (m_hasEnded || (sender() && (!view || view->window() != sender()->window())))
         return;
     orderFront();
     startTimeOut();
@@ -122,8 +125,8 @@ void DragDeleteWindow::startTimeOut()
     };
     try {
         std::thread(wait).detach();
-    } catch (const std::system_error &) {
-        // No more threads: the drag's end gives the mouse back.
+    } catch (const std::exception &) {
+        // No more threads or memory: the drag's end gives the mouse back.
     }
 }
 
