@@ -6,6 +6,7 @@
 #include <QDragEnterEvent>
 #include <QMainWindow>
 #include <QMimeData>
+#include <QPointer>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -27,8 +28,12 @@ void fill(QWidget *outer, QWidget *inner)
 void moveContent(QWidget *window, QWidget *content, const QWidget *wrapper)
 {
     const QList<QWidget *> children = window->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
-    if (QLayout *layout = window->layout())
+    if (QLayout *layout = window->layout()) {
+        // Styles give a window wider margins than a part of it.
+        const QMargins margins = layout->contentsMargins();
         content->setLayout(layout); // and the widgets in it
+        layout->setContentsMargins(margins);
+    }
     for (QWidget *child : children) {
         if (child == wrapper || child->isWindow() || child->parentWidget() != window)
             continue;
@@ -46,6 +51,9 @@ DragDeleteDetectView *DragDeleteDetectView::addDragDetectViewtoWindow(QWidget *w
 {
     if (!window)
         return nullptr;
+    if (!window->layout() && !window->testAttribute(Qt::WA_Resized))
+        window->adjustSize(); // while its parts still say how large it has to be
+    const QPointer<QWidget> focused(window->focusWidget());
     auto *view = new DragDeleteDetectView(window->rect(), dataTypes, sender, window);
     if (auto *mainWindow = qobject_cast<QMainWindow *>(window)) {
         if (QWidget *content = mainWindow->takeCentralWidget())
@@ -59,6 +67,9 @@ DragDeleteDetectView *DragDeleteDetectView::addDragDetectViewtoWindow(QWidget *w
         fill(window, view);
     }
     view->show();
+    // What moves to another parent loses the focus.
+    if (focused)
+        focused->setFocus();
     return view;
 }
 
