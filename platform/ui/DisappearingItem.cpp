@@ -2,7 +2,6 @@
 
 #include <QGuiApplication>
 #include <QPainter>
-#include <QPainterPath>
 #include <QPointer>
 #include <QVariantAnimation>
 #include <QWidget>
@@ -13,43 +12,52 @@ namespace
 
 constexpr int duration = 400; // milliseconds
 
-// A cloud of round balls in the unit square. From 0 to 1 it drifts apart while its balls shrink to nothing.
-QPainterPath cloud(const QSizeF &size, qreal progress)
+// A cloud of round balls in a frame of that size. From 0 to 1 it drifts apart while its balls shrink to
+// nothing.
+QList<QRectF> cloud(const QSizeF &size, qreal progress)
 {
     struct Ball {
         qreal x, y, radius;
     };
-    static constexpr std::array<Ball, 9> balls = {{{.50, .50, .20},
-                                                   {.32, .42, .14},
-                                                   {.66, .38, .15},
-                                                   {.70, .60, .14},
-                                                   {.36, .64, .15},
-                                                   {.52, .28, .12},
-                                                   {.53, .72, .12},
-                                                   {.22, .56, .09},
-                                                   {.80, .48, .09}}};
-    const qreal spread = .55 + .45 * progress;
-    const qreal growth = progress < .25 ? .7 + progress * 1.2 : 1 - (progress - .25) / .75;
-    QPainterPath path;
+    static constexpr std::array<Ball, 9> balls = {{{.50, .24, .15},
+                                                   {.74, .34, .14},
+                                                   {.26, .36, .15},
+                                                   {.82, .58, .13},
+                                                   {.17, .60, .12},
+                                                   {.66, .72, .17},
+                                                   {.36, .74, .16},
+                                                   {.50, .48, .24},
+                                                   {.54, .84, .10}}};
+    const qreal spread = .8 + .2 * progress;
+    const qreal growth = progress < .2 ? 1 : 1 - (progress - .2) / .8;
+    QList<QRectF> result;
     for (const Ball &ball : balls) {
-        const QPointF center(.5 + (ball.x - .5) * spread, .5 + (ball.y - .5) * spread);
-        QPainterPath circle;
-        circle.addEllipse(QPointF(center.x() * size.width(), center.y() * size.height()),
-                          ball.radius * growth * size.width(), ball.radius * growth * size.height());
-        path = path.united(circle);
+        const QPointF center((.5 + (ball.x - .5) * spread) * size.width(),
+                             (.5 + (ball.y - .5) * spread) * size.height());
+        const QPointF reach(ball.radius * growth * size.width(), ball.radius * growth * size.height());
+        result.append(QRectF(center - reach, center + reach));
     }
-    return path;
+    return result;
 }
 
-void paintCloud(QPainter &painter, const QPainterPath &path)
+// Each ball is lit from above; only the cloud as a whole has an outline.
+void paintCloud(QPainter &painter, const QList<QRectF> &balls)
 {
     painter.setRenderHint(QPainter::Antialiasing);
-    QLinearGradient shade(path.boundingRect().topLeft(), path.boundingRect().bottomLeft());
-    shade.setColorAt(0, QColor(252, 252, 252));
-    shade.setColorAt(1, QColor(196, 200, 206));
-    painter.setBrush(shade);
-    painter.setPen(QPen(QColor(128, 132, 140), 1));
-    painter.drawPath(path);
+    painter.setPen(QPen(QColor(120, 125, 135), 2));
+    for (const QRectF &ball : balls)
+        painter.drawEllipse(ball);
+    painter.setPen(Qt::NoPen);
+    for (const QRectF &ball : balls) {
+        if (ball.isEmpty())
+            continue;
+        QRadialGradient light(ball.center() - QPointF(0, ball.height() / 5), ball.height() * .75);
+        light.setColorAt(0, QColor(255, 255, 255));
+        light.setColorAt(.55, QColor(240, 242, 245));
+        light.setColorAt(1, QColor(178, 184, 194));
+        painter.setBrush(light);
+        painter.drawEllipse(ball);
+    }
 }
 
 class Puff : public QWidget
@@ -90,14 +98,14 @@ private:
 
     QRegion shape() const
     {
-        QPainterPathStroker outline;
-        outline.setWidth(1);
-        const QPolygonF polygon = outline.createStroke(m_cloud).united(m_cloud).toFillPolygon();
         // An empty mask would be none.
-        return QRegion(polygon.toPolygon()).united(QRect(rect().center(), QSize(1, 1)));
+        QRegion region(QRect(rect().center(), QSize(1, 1)));
+        for (const QRectF &ball : m_cloud)
+            region += QRegion(ball.adjusted(-1, -1, 1, 1).toAlignedRect(), QRegion::Ellipse);
+        return region;
     }
 
-    QPainterPath m_cloud;
+    QList<QRectF> m_cloud;
 };
 
 } // namespace
@@ -121,7 +129,7 @@ QPixmap pointer(bool isVanishing, const QPixmap &carried)
     if (isVanishing) {
         painter.save();
         painter.translate(4, -4);
-        paintCloud(painter, cloud(QSizeF(32, 28), .3));
+        paintCloud(painter, cloud(QSizeF(30, 28), 0));
         painter.restore();
     }
     painter.setRenderHint(QPainter::Antialiasing);
