@@ -19,6 +19,9 @@ class tst_LogAlert : public TestCase
 private Q_SLOTS:
     void answers_data();
     void answers();
+    void keysOfYesAndNoDoNotFollowTheFocus_data();
+    void keysOfYesAndNoDoNotFollowTheFocus();
+    void returnPressesAFocusedCancel();
     void buttonsStandInTheOrderGiven();
     void noticeHasOneButton();
     void textsAreShownAsTheyAre();
@@ -76,6 +79,45 @@ void tst_LogAlert::answers()
     QCOMPARE(LogAlert::AlertOKCancelWithMessage(question, QString()), expected);
     QVERIFY(!ModalLoop::isRunning());
     QVERIFY(QApplication::topLevelWidgets().isEmpty());
+}
+
+void tst_LogAlert::keysOfYesAndNoDoNotFollowTheFocus_data()
+{
+    QTest::addColumn<QString>("focused");
+    QTest::addColumn<Qt::Key>("key");
+    QTest::addColumn<bool>("expected");
+    const QString yes = QStringLiteral("btnAlertFirst");
+    const QString no = QStringLiteral("btnAlertSecond");
+    QTest::newRow("Return on YES") << yes << Qt::Key_Return << true;
+    QTest::newRow("Return on NO") << no << Qt::Key_Return << true;
+    QTest::newRow("Enter on NO") << no << Qt::Key_Enter << true;
+    QTest::newRow("Escape on YES") << yes << Qt::Key_Escape << false;
+    QTest::newRow("Escape on NO") << no << Qt::Key_Escape << false;
+    QTest::newRow("Space on YES") << yes << Qt::Key_Space << true;
+    QTest::newRow("Space on NO") << no << Qt::Key_Space << false;
+}
+
+void tst_LogAlert::keysOfYesAndNoDoNotFollowTheFocus()
+{
+    QFETCH(QString, focused);
+    QFETCH(Qt::Key, key);
+    QFETCH(bool, expected);
+    whenAsked([&](QMessageBox *box) {
+        auto *chosen = box->findChild<QPushButton *>(focused);
+        chosen->setFocus();
+        QCOMPARE(box->focusWidget(), chosen);
+        QTest::keyClick(chosen, key);
+    });
+    QCOMPARE(LogAlert::AlertYesNoWithMessage(QStringLiteral("?"), QString()), expected);
+}
+
+void tst_LogAlert::returnPressesAFocusedCancel()
+{
+    whenAsked([](QMessageBox *box) {
+        button(box, "btnAlertSecond")->setFocus();
+        QTest::keyClick(button(box, "btnAlertSecond"), Qt::Key_Return);
+    });
+    QVERIFY(!LogAlert::AlertOKCancelWithMessage(QStringLiteral("?"), QString()));
 }
 
 void tst_LogAlert::buttonsStandInTheOrderGiven()

@@ -33,8 +33,11 @@ void showAsPlainText(QMessageBox *box)
         label->setTextFormat(Qt::PlainText);
 }
 
+// What Return does while the second button has the focus: presses it, or the first all the same.
+enum class Return { IsFocused, IsFirst };
+
 bool ask(QWidget *above, const QString &message, const QString &informative, const QString &first,
-         const QString &second)
+         const QString &second, Return key = Return::IsFocused)
 {
     // Its parent may be deleted while the question is open, and the box with it.
     const QPointer<QMessageBox> box(new QMessageBox(above ? above : windowInUse()));
@@ -47,8 +50,10 @@ bool ask(QWidget *above, const QString &message, const QString &informative, con
     showAsPlainText(box);
     box->setDefaultButton(addButton(box, first, "btnAlertFirst"));
     QPushButton *refusal = second.isNull() ? nullptr : addButton(box, second, "btnAlertSecond");
-    if (refusal)
+    if (refusal) {
         box->setEscapeButton(refusal);
+        refusal->setAutoDefault(key == Return::IsFocused);
+    }
     QObject::connect(box, &QDialog::finished, box, [] { ModalLoop::stopModalWithCode(0); });
     ModalLoop::runModalForWindow(box);
     const bool isRefused = box && refusal && box->clickedButton() == refusal;
@@ -64,7 +69,7 @@ void LogAlert::AlertOKWithMessage(const QString &message, const QString &Text, Q
 
 bool LogAlert::AlertYesNoWithMessage(const QString &message, const QString &Text, QWidget *above)
 {
-    return ask(above, message, Text, QStringLiteral("YES"), QStringLiteral("NO"));
+    return ask(above, message, Text, QStringLiteral("YES"), QStringLiteral("NO"), Return::IsFirst);
 }
 
 bool LogAlert::AlertOKCancelWithMessage(const QString &message, const QString &Text, QWidget *above)

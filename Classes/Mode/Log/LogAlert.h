@@ -14,7 +14,7 @@ class LogAlert
 public:
     // "OK"
     static void AlertOKWithMessage(const QString &message, const QString &Text, QWidget *above = nullptr);
-    // "YES" and "NO"
+    // "YES" and "NO". Return is YES and Escape NO, whichever button has the focus; Space presses that one.
     static bool AlertYesNoWithMessage(const QString &message, const QString &Text, QWidget *above = nullptr);
     // "OK" and "Cancel"
     static bool AlertOKCancelWithMessage(const QString &message, const QString &Text,
