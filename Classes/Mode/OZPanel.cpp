@@ -1,0 +1,241 @@
+#include "Classes/Mode/OZPanel.h"
+
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLayout>
+#include <QLineEdit>
+#include <QListView>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <algorithm>
+
+namespace
+{
+QString startingFolder(const QString &wanted)
+{
+    if (!wanted.isEmpty() && QFileInfo::exists(wanted))
+        return QFileInfo(wanted).isDir() ? wanted : QFileInfo(wanted).absolutePath();
+    const QString desktop = QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
+    // From a folder that is not there the panel would start wherever the last one ended.
+    return QFileInfo(desktop).isDir() ? desktop : QDir::homePath();
+}
+
+// The toolkit's own panel, as the desktop's shows no message and lets files or folders be chosen, not both.
+// Its parts are found by the names that the toolkit gives them.
+class FilePanel : public QFileDialog
+{
+public:
+    FilePanel(const OZPanel &panel, bool isOpenPanel, QWidget *above)
+        : QFileDialog(above)
+        , m_types(panel.types())
+        , m_prompt(panel.prompt())
+        , m_isOpenPanel(isOpenPanel)
+        , m_canChooseDirectories(panel.canChooseDirectories())
+        , m_allowsMultipleSelection(panel.allowsMultipleSelection())
+        , m_allowsOtherFileTypes(panel.allowsOtherFileTypes())
+    {
+        setAttribute(Qt::WA_DeleteOnClose);
+        setOption(DontUseNativeDialog);
+        setAcceptMode(isOpenPanel ? AcceptOpen : AcceptSave);
+        showTypes();
+        showTexts(panel);
+        if (isOpenPanel)
+            setFileMode(m_allowsMultipleSelection ? ExistingFiles : ExistingFile);
+        setDirectory(startingFolder(panel.directory()));
+        if (!panel.nameFieldStringValue().isNull())
+            selectFile(QFileInfo(panel.nameFieldStringValue()).fileName());
+        if (isOpenPanel)
+            watchTheChoice();
+    }
+
+    PanelResult choice() const { return {m_isOpenPanel, chosen(), selectedNameFilter()}; }
+
+protected:
+    void accept() override
+    {
+        if (!m_isOpenPanel) {
+            completeName();
+            QFileDialog::accept();
+            return;
+        }
+        const QStringList paths = chosen();
+        if (!isChoice(paths))
+            return;
+        // The toolkit's own enters a folder instead.
+        if (m_canChooseDirectories && std::any_of(paths.begin(), paths.end(), isFolder))
+            done(Accepted);
+        else
+            QFileDialog::accept();
+    }
+
+private:
+    static bool isFolder(const QString &path) { return QFileInfo(path).isDir(); }
+
+    QLineEdit *nameField() const { return findChild<QLineEdit *>(QStringLiteral("fileNameEdit")); }
+    QPushButton *confirmButton() const
+    {
+        return findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Open);
+    }
+
+    void showTypes()
+    {
+        if (m_types.isEmpty())
+            return;
+        QStringList patterns;
+        for (const QString &type : std::as_const(m_types))
+            patterns.append(QStringLiteral("*.") + type);
+        QStringList filters{patterns.join(u' ')};
+        if (m_allowsOtherFileTypes)
+            filters.append(QFileDialog::tr("All Files (*)"));
+        setNameFilters(filters);
+    }
+
+    void showTexts(const OZPanel &panel)
+    {
+        if (!panel.title().isNull())
+            setWindowTitle(panel.title());
+        if (!m_prompt.isNull())
+            setLabelText(Accept, m_prompt);
+        if (!panel.nameFieldLabel().isNull())
+            setLabelText(FileName, panel.nameFieldLabel());
+        if (panel.message().isNull())
+            return;
+        auto *message = new QLabel(panel.message());
+        message->setObjectName(QStringLiteral("lblMessage"));
+        message->setTextFormat(Qt::PlainText);
+        message->setWordWrap(true);
+        const QMargins margins = layout()->contentsMargins();
+        message->setContentsMargins(margins.left(), margins.top(), margins.right(), 0);
+        // The place of a menu bar, the whole of the panel's top edge, is free.
+        layout()->setMenuBar(message);
+    }
+
+    // The toolkit judges what is selected by its own rules; the button follows these here, a moment later.
+    void watchTheChoice()
+    {
+        connect(nameField(), &QLineEdit::textChanged, this, &FilePanel::updateConfirmButton);
+        const auto *list = findChild<QListView *>(QStringLiteral("listView"));
+        connect(list->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+                &FilePanel::updateConfirmButton);
+        updateConfirmButton();
+    }
+
+    void updateConfirmButton()
+    {
+        confirmButton()->setEnabled(isChoice(chosen()));
+        if (m_canChooseDirectories && !m_prompt.isNull())
+            setLabelText(Accept, m_prompt); // "Open" while a folder is selected
+    }
+
+    QStringList chosen() const
+    {
+        QStringList paths = selectedFiles();
+        if (paths.isEmpty() && m_isOpenPanel && m_canChooseDirectories)
+            paths.append(directory().absolutePath());
+        for (QString &path : paths)
+            path = QDir::cleanPath(path);
+        return paths;
+    }
+
+    // Whether confirming does something: a folder that may not be chosen is entered.
+    bool isChoice(const QStringList &paths) const
+    {
+        const auto isAllowed = [this](const QString &path) {
+            return isFolder(path) || (QFileInfo::exists(path) && (m_allowsOtherFileTypes || isOfType(path)));
+        };
+        return !paths.isEmpty() && (paths.size() == 1 || m_allowsMultipleSelection)
+            && std::all_of(paths.begin(), paths.end(), isAllowed);
+    }
+
+    bool isOfType(const QString &path) const
+    {
+        return m_types.isEmpty() || std::any_of(m_types.begin(), m_types.end(), [&path](const QString &type) {
+                   return path.endsWith(u'.' + type, Qt::CaseInsensitive);
+               });
+    }
+
+    // Before the toolkit asks whether a file of that name may be replaced.
+    void completeName()
+    {
+        const QString name = nameField()->text();
+        const bool isFree = m_allowsOtherFileTypes && !QFileInfo(name).suffix().isEmpty();
+        if (!name.isEmpty() && !isOfType(name) && !isFree && !isFolder(directory().absoluteFilePath(name)))
+            nameField()->setText(name + u'.' + m_types.constFirst());
+    }
+
+    QStringList m_types;
+    QString m_prompt;
+    bool m_isOpenPanel;
+    bool m_canChooseDirectories;
+    bool m_allowsMultipleSelection;
+    bool m_allowsOtherFileTypes;
+};
+} // namespace
+
+OZPanel::OZPanel(QObject *parent)
+    : QObject(parent)
+{
+}
+
+void OZPanel::runModel()
+{
+    QMetaObject::invokeMethod(this, m_isOpenPanel ? &OZPanel::startOpenPanel : &OZPanel::startSavePanel,
+                              Qt::QueuedConnection);
+}
+
+void OZPanel::startOpenPanel()
+{
+    start(true);
+}
+
+void OZPanel::startSavePanel()
+{
+    start(false);
+}
+
+void OZPanel::start(bool isOpenPanel)
+{
+    auto *panel = new FilePanel(*this, isOpenPanel, m_ower ? m_ower->window() : nullptr);
+    connect(panel, &QDialog::finished, this, [this, panel](int returnCode) {
+        const PanelResult choice = panel->choice();
+        choice.isOpenPanel ? openPanelDidEnd(choice, returnCode) : savePanelDidEnd(choice, returnCode);
+    });
+    const auto closeWith = [panel](const QObject *other) {
+        connect(other, &QObject::destroyed, panel, &QWidget::hide);
+        connect(other, &QObject::destroyed, panel, &QObject::deleteLater);
+    };
+    closeWith(this);
+    if (m_ower)
+        closeWith(m_ower);
+    panel->open();
+}
+
+void OZPanel::openPanelDidEnd(const PanelResult &panel, int returnCode) const
+{
+    if (returnCode == QDialog::Accepted)
+        tellOwner(panel);
+}
+
+void OZPanel::savePanelDidEnd(const PanelResult &panel, int returnCode) const
+{
+    if (returnCode == QDialog::Accepted)
+        tellOwner(panel);
+}
+
+void OZPanel::tellOwner(const PanelResult &panel) const
+{
+    auto *receiver = dynamic_cast<AsyncReceiver *>(m_ower.data());
+    auto *open = dynamic_cast<OpenPanelReceiver *>(m_ower.data());
+    auto *save = dynamic_cast<SavePanelReceiver *>(m_ower.data());
+    if (!receiver)
+        return;
+    // A result for which no thread can be had is dropped.
+    AsyncScope &scope = receiver->asyncScope();
+    if (m_endPanelSelector)
+        scope.spawn([selector = m_endPanelSelector, panel] { selector(panel); });
+    else if (open && panel.isOpenPanel)
+        scope.spawn([open, panel] { open->endOpenPanel(panel); });
+    else if (open && save)
+        scope.spawn([save, panel] { save->endSavePanel(panel); });
+}
