@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QJsonArray>
+#include <QLibrary>
 
 // What the loaded module answers a host around its sessions.
 
@@ -25,6 +26,7 @@ public:
 private Q_SLOTS:
     void init();
     void metaDataNamesThePlugIn();
+    void nameOfTheDropNotificationIsExported();
     void savePathLiesInTheUsersData();
     void workspaceNeverSetLiesInTheSavePath();
     void convertCopiesAFinishedWorkspaceWithoutHiddenEntries();
@@ -59,6 +61,21 @@ void tst_LinkListPlugin::metaDataNamesThePlugIn()
     for (const QJsonValue &language : data.value(QLatin1String("languages")).toArray())
         QVERIFY(QFileInfo::exists(bundlePath() + QStringLiteral("/Contents/Resources/") + language.toString()
                                   + QStringLiteral(".lproj/PluginLocale.strings")));
+}
+
+void tst_LinkListPlugin::nameOfTheDropNotificationIsExported()
+{
+    QVERIFY(!metaData().isEmpty());
+#ifdef Q_OS_MACOS
+    const QString module = QStringLiteral("/Contents/MacOS/linklist");
+#else
+    const QString module = QStringLiteral("/Contents/Linux/linklist.so");
+#endif
+    const auto *name = reinterpret_cast<const QString *>(
+        QLibrary::resolve(bundlePath() + module, "DragReportNotification"));
+    QVERIFY(name);
+    QCOMPARE(name->size(), 61);
+    QVERIFY(name->startsWith(QLatin1String("DragReportNotification")));
 }
 
 void tst_LinkListPlugin::savePathLiesInTheUsersData()
