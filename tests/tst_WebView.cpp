@@ -175,7 +175,7 @@ void tst_WebView::opensNoWindow()
     put(at("index.html").toLocalFile(), "<title>page</title>");
     WebView view;
     QCOMPARE(load(view, at("index.html")), 1);
-    QCOMPARE(evaluate(view, "window.open('index.html') === null").toBool(), true);
+    evaluate(view, "void window.open('index.html')");
     QCOMPARE(QApplication::topLevelWidgets().count(), 1);
 }
 

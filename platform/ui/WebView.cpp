@@ -1,17 +1,15 @@
 #include "platform/ui/WebView.h"
 
 #include "Classes/Mode/Locale.h"
+#include "platform/ui/WebPage.h"
 
 #include <QChildEvent>
-#include <QDir>
 #include <QFileInfo>
+#include <QJsonArray>
 #include <QLabel>
 #include <QOpenGLContext>
 #include <QVBoxLayout>
-#include <QWebEnginePage>
-#include <QWebEngineProfile>
-#include <QWebEngineSettings>
-#include <QWebEngineUrlRequestInterceptor>
+#include <QWebEngineLoadingInfo>
 #include <QWebEngineView>
 
 #ifdef Q_OS_LINUX
@@ -21,48 +19,8 @@
 namespace
 {
 
-// Answers the engine's questions: what may be navigated to, what the page may read, whether a window may
-// open.
-class Page : public QWebEnginePage
-{
-public:
-    Page(QWebEngineProfile *profile, QObject *parent)
-        : QWebEnginePage(profile, parent)
-    {
-        setUrlRequestInterceptor(&m_interceptor);
-    }
-
-protected:
-    bool acceptNavigationRequest(const QUrl &url, NavigationType type, bool isMainFrame) override
-    {
-        // A page blanked by the view itself arrives as a typed data: address.
-        const bool isOwnBlankPage
-            = isMainFrame && type == NavigationTypeTyped && url.scheme() == QLatin1String("data");
-        if (isMainFrame && url.isLocalFile())
-            m_interceptor.folder = folderOf(url);
-        return isOwnBlankPage || url.isLocalFile();
-    }
-
-    QWebEnginePage *createWindow(WebWindowType) override { return nullptr; }
-
-private:
-    static QString folderOf(const QUrl &url) { return QFileInfo(url.toLocalFile()).path() + u'/'; }
-
-    // The engine's own setting knows only all local files or none, not even the page's scripts. Here a page
-    // reads what lies in its own folder and below.
-    struct Interceptor : QWebEngineUrlRequestInterceptor {
-        void interceptRequest(QWebEngineUrlRequestInfo &info) override
-        {
-            const QUrl url = info.requestUrl();
-            if (info.resourceType() == QWebEngineUrlRequestInfo::ResourceTypeMainFrame || !url.isLocalFile())
-                return;
-            if (folder.isEmpty() || !QDir::cleanPath(url.toLocalFile()).startsWith(folder))
-                info.block(true);
-        }
-        QString folder;
-    };
-    Interceptor m_interceptor;
-};
+constexpr qsizetype scrolledLimit = 100; // boxes of a page whose positions are kept
+constexpr int hiddenLoadLimit = 5'000; // milliseconds that a page which was opened in no window gets
 
 // The engine ends the whole process when root starts it inside its sandbox.
 bool isRootInsideSandbox()
@@ -81,11 +39,15 @@ WebView::WebView(QWidget *parent)
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
+    m_coverTimer.setSingleShot(true);
+    m_coverTimer.setInterval(coverLimit);
+    connect(&m_coverTimer, &QTimer::timeout, this, &WebView::uncover);
 }
 
-// The view goes before the profile that its page uses; left to the order of the children it would go after.
+// Views go before the profile that their pages use.
 WebView::~WebView()
 {
+    m_hiddenViews.clear();
     delete m_view;
 }
 
@@ -100,6 +62,9 @@ void WebView::loadPage(const QUrl &url)
         }
         createView();
     }
+    cover();
+    ++m_load;
+    m_profile->setFolder(url.isLocalFile() ? QFileInfo(url.toLocalFile()).path() : QString());
     m_view->load(url);
 }
 
@@ -107,6 +72,125 @@ void WebView::stopLoading()
 {
     if (m_view)
         m_view->stop();
+}
+
+void WebView::loadHTMLString(const QString &html)
+{
+    if (!m_view)
+        return;
+    cover();
+    ++m_load;
+    m_view->setHtml(html);
+}
+
+void WebView::evaluateWebScript(const QString &script)
+{
+    if (m_page)
+        m_page->runJavaScript(script);
+}
+
+WebView *WebView::createHiddenView()
+{
+    if (!m_page || m_hiddenViews.size() >= hiddenViewLimit)
+        return nullptr;
+    auto owned = std::make_unique<WebView>();
+    WebView *view = owned.get();
+    view->m_profile = m_profile;
+    view->createView();
+    m_hiddenViews.push_back(std::move(owned));
+    // Not at once: the engine still works with the view.
+    const auto drop = [this, view] {
+        QTimer::singleShot(0, this, [this, view] {
+            std::erase_if(m_hiddenViews, [view](const auto &hidden) { return hidden.get() == view; });
+        });
+    };
+    connect(view, &WebView::loadFinished, this, drop);
+    connect(view->m_page, &QWebEnginePage::windowCloseRequested, this, drop);
+    QTimer::singleShot(hiddenLoadLimit, view, drop);
+    return view;
+}
+
+bool WebView::decidesToUse(const QUrl &url)
+{
+    if (!m_policyDelegate)
+        return url.isLocalFile();
+    return m_policyDelegate->decidePolicyForNavigationAction(url) == WebPolicy::Use;
+}
+
+QWebEnginePage *WebView::openHiddenPage()
+{
+    const WebView *opened = m_uiDelegate ? m_uiDelegate->createWebViewWithRequest(QUrl()) : nullptr;
+    return opened ? opened->m_page : nullptr;
+}
+
+// Hiding is where a refresh begins: the page is still there to be kept as a picture.
+void WebView::setVisible(bool visible)
+{
+    if (!visible)
+        cover();
+    QWidget::setVisible(visible);
+}
+
+void WebView::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    if (m_picture)
+        m_picture->setGeometry(rect());
+}
+
+void WebView::cover()
+{
+    if (!m_isPainted || !isVisible())
+        return;
+    m_coverTimer.start();
+    if (m_picture)
+        return;
+    const QPixmap picture = m_view->grab();
+    m_picture = new QLabel(this);
+    m_picture->setAttribute(Qt::WA_TransparentForMouseEvents);
+    m_picture->setScaledContents(true);
+    m_picture->setPixmap(picture);
+    m_picture->setGeometry(rect());
+    m_picture->show();
+}
+
+void WebView::uncover()
+{
+    m_coverTimer.stop();
+    delete m_picture;
+    m_picture = nullptr;
+}
+
+void WebView::followLoading(const QWebEngineLoadingInfo &info)
+{
+    if (info.url().scheme() == QLatin1String("data"))
+        return;
+    if (info.status() == QWebEngineLoadingInfo::LoadStartedStatus) {
+        if (info.url().isLocalFile()) {
+            cover();
+            ++m_load;
+        }
+        return;
+    }
+    QJsonArray positions;
+    if (m_page->url() == m_scrolledPage) {
+        for (auto it = m_scrolled.cbegin(); it != m_scrolled.cend(); ++it)
+            positions.append(QJsonArray{it.key(), it->x(), it->y()});
+    }
+    m_page->tellWhenPainted(m_load, positions);
+    if (info.status() == QWebEngineLoadingInfo::LoadSucceededStatus && m_frameLoadDelegate)
+        m_frameLoadDelegate->didFinishLoadForFrame();
+}
+
+void WebView::noteScrolling(const QString &selector, double left, double top)
+{
+    const QUrl page = m_page->url();
+    if (page != m_scrolledPage) {
+        m_scrolledPage = page;
+        m_scrolled.clear();
+    }
+    if (m_scrolled.size() < scrolledLimit || m_scrolled.contains(selector))
+        m_scrolled.insert(selector, QPointF(left, top));
 }
 
 bool WebView::isAvailable() const
@@ -139,25 +223,33 @@ void WebView::createView()
 
     delete m_reason;
     m_reason = nullptr;
-    m_profile = new QWebEngineProfile(this);
-    m_profile->setHttpCacheType(QWebEngineProfile::NoCache);
+    if (!m_profile)
+        m_profile = std::make_shared<WebProfile>();
     m_view = new QWebEngineView(this);
     m_view->setContextMenuPolicy(Qt::NoContextMenu);
     m_view->installEventFilter(this);
 
-    auto *page = new Page(m_profile, m_view);
-    QWebEngineSettings *settings = page->settings();
-    settings->setAttribute(QWebEngineSettings::FocusOnNavigationEnabled, false);
-    settings->setAttribute(QWebEngineSettings::LocalContentCanAccessFileUrls, true);
-    settings->setAttribute(QWebEngineSettings::LocalContentCanAccessRemoteUrls, false);
-    settings->setAttribute(QWebEngineSettings::JavascriptCanOpenWindows, false);
-    connect(page, &QWebEnginePage::loadStarted, this, &WebView::refuseDrops);
-    connect(page, &QWebEnginePage::loadFinished, this, [this](bool ok) {
+    m_page = new WebPage(this, m_profile.get(), m_view);
+    connect(m_page, &QWebEnginePage::loadStarted, this, &WebView::refuseDrops);
+    connect(m_page, &QWebEnginePage::loadFinished, this, [this](bool ok) {
         refuseDrops();
         Q_EMIT loadFinished(ok);
     });
-    m_view->setPage(page);
+    connect(m_page, &QWebEnginePage::loadingChanged, this, &WebView::followLoading);
+    connect(m_page, &QWebEnginePage::renderProcessTerminated, this, [this] {
+        m_isPainted = false;
+        uncover();
+    });
+    connect(m_page, &WebPage::scrolled, this, &WebView::noteScrolling);
+    connect(m_page, &WebPage::painted, this, [this](int load) {
+        if (load != m_load)
+            return;
+        m_isPainted = true;
+        uncover();
+    });
+    m_view->setPage(m_page);
     layout()->addWidget(m_view);
+    setFocusProxy(m_view);
     m_view->show();
     refuseDrops();
 }
