@@ -35,7 +35,6 @@
 namespace
 {
 
-constexpr int previewInterval = 330; // milliseconds
 const QString identifier = QStringLiteral("linklist");
 
 PluginSettingsInfo workspaceInfo(const QString &workSpace, const QString &bundlePath)
@@ -84,8 +83,7 @@ PluginSettingsDelegate::PluginSettingsDelegate() = default;
 
 PluginSettingsDelegate::~PluginSettingsDelegate()
 {
-    if (m_iWebView)
-        m_iWebView->stopLoading();
+    endPreview();
     if (m_privateView) {
         m_privateView->endEditing();
         m_privateView->setOwer(nullptr);
@@ -160,11 +158,7 @@ void PluginSettingsDelegate::awakeFromNib()
     constexpr QSize decoration(16, 48);
     window()->resize(window()->size().boundedTo(window()->screen()->availableSize() - decoration));
 
-    const auto mode = m_isModalMode ? RunLoopTimer::Mode::ModalPanel : RunLoopTimer::Mode::Default;
-    m_repeatTimer = std::make_unique<RunLoopTimer>(mode, previewInterval);
-    connect(m_repeatTimer.get(), &RunLoopTimer::fired, this, &PluginSettingsDelegate::timerRepeat);
-    m_repeatTimer->start();
-    m_isChange = true;
+    startPreview();
     saveInitialSettings();
     if (m_privateView && File::exists(inWorkspace("settings.dat")))
         m_privateView->onSave();
@@ -272,6 +266,7 @@ void PluginSettingsDelegate::onOK(QObject *)
         files = m_privateView->locateFiles();
     }
     workspaceInfo(m_workSpace, m_bundlePath).generateJSConfig(QStringLiteral("files/plugin"));
+    endPreview(); // its page is about to go
     if (File::isFolder(m_workSpace)) {
         File::write(inWorkspace("files"), files.join(u'\n').toUtf8());
         stripWorkspace(files);
@@ -354,8 +349,7 @@ void PluginSettingsDelegate::windowWillClose()
     m_isEnding = true;
     if (m_privateView)
         m_privateView->endEditing();
-    if (m_iWebView)
-        m_iWebView->stopLoading();
+    endPreview();
     if (m_closeMode == applyMode)
         clearBackupSettings();
     else

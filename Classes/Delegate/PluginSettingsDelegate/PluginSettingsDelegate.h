@@ -4,10 +4,12 @@
 #include "Classes/Delegate/PositionRect.h"
 #include "Classes/Delegate/WorkspaceBackup.h"
 #include "linklist/PrivateView.h"
+#include "platform/ui/WebView.h"
 #include "platform/ui/WindowController.h"
 
 #include <QPointer>
 #include <array>
+#include <functional>
 #include <memory>
 
 class Matrix;
@@ -15,13 +17,15 @@ class QAbstractButton;
 class QLineEdit;
 class RunLoopTimer;
 class Slider;
-class WebView;
 
 // One settings session: the window in which a person edits the box's place and its list of links and sees the
 // preview. Every edit is written to the workspace at once; a backup of the workspace, taken when the window
 // opens, is what Cancel goes back to. The host sets the workspace and the modal mode before it first asks for
 // the window, and reads closeMode and isCloseBundle after the close.
-class PluginSettingsDelegate : public WindowController, public PrivateViewDelete, public PostionViewDelete
+class PluginSettingsDelegate : public WindowController,
+                               public PrivateViewDelete,
+                               public PostionViewDelete,
+                               public WebViewDelegate
 {
     Q_OBJECT
 
@@ -86,13 +90,22 @@ public:
     static QString checkStringFrom(const QString &text);
     void onTransparency(QObject *sender = nullptr);
 
-    // Live preview.
+    // Live preview. A timer looks three times a second whether the workspace has changed; if it has, the view
+    // is blanked, and the page is loaded and then, once it is there, reloaded.
     void timerRepeat();
     void refreshPreview();
     void loadMainPage();
+    void didFinishLoadForFrame() override;
+    void delayReloadData();
+    // Local files are used, links to the web go to the browser and everything else nowhere. Never throws.
+    WebPolicy decidePolicyForNavigationAction(const QUrl &request) override;
+    WebView *createWebViewWithRequest(const QUrl &request) override;
+    // Who is given links to the web: the desktop's browser, unless told otherwise.
+    void setUrlOpener(std::function<void(const QUrl &)> opener) { m_urlOpener = std::move(opener); }
 
     const PositionRect &ptRect() const { return m_ptRect; }
     bool isChange() const { return m_isChange; }
+    bool isNeedReload() const { return m_isNeedReload; }
     PrivateView *privateView() const { return m_privateView; }
     PositionView *positionView() const { return m_positionView; }
 
@@ -111,6 +124,9 @@ private:
     void replacePlaceholder(const char *name, QWidget *widget);
     void showInPositionView();
     void showMargins();
+    void startPreview();
+    void endPreview();
+    static void openInBrowser(const QUrl &url);
     bool savePreviewPage() const;
     bool closeAgain();
     void stripWorkspace(const QStringList &files) const;
@@ -127,8 +143,10 @@ private:
     WorkspaceBackup m_backup;
     bool m_isOKCancelButton = false;
     bool m_isEnding = false;
-    bool m_isChange = false;
+    bool m_isChange = false; // the workspace has changed since the preview was last refreshed
+    bool m_isNeedReload = false; // the preview is reloaded once its next load has finished
     std::unique_ptr<RunLoopTimer> m_repeatTimer;
+    std::function<void(const QUrl &)> m_urlOpener = openInBrowser;
 
     // Parts of the window; each is null when the interface file has none of that name.
     std::array<QPointer<QLineEdit>, 4> m_margins;

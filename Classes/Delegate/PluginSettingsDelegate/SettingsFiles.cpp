@@ -10,7 +10,6 @@
 #include "platform/ui/Field.h"
 #include "platform/ui/Matrix.h"
 #include "platform/ui/Slider.h"
-#include "platform/ui/WebView.h"
 
 #include <QLineEdit>
 
@@ -171,26 +170,4 @@ void PluginSettingsDelegate::onTransparency(QObject *)
     m_ptRect.setTransparency(double(float(m_sldTrans->doubleValue())));
     showInPositionView();
     saveGlobalSettings();
-}
-
-void PluginSettingsDelegate::timerRepeat()
-{
-    if (!m_isChange)
-        return;
-    m_isChange = false;
-    refreshPreview();
-}
-
-void PluginSettingsDelegate::refreshPreview()
-{
-    if (!m_iWebView)
-        return;
-    m_iWebView->stopLoading();
-    loadMainPage();
-}
-
-void PluginSettingsDelegate::loadMainPage()
-{
-    if (m_iWebView && File::isUsableFolderPath(m_workSpace))
-        m_iWebView->loadPage(QUrl::fromLocalFile(inWorkspace("index.html")));
 }
