@@ -73,6 +73,7 @@ private Q_SLOTS:
     void messageMayHoldLineBreaks();
     void formatsAsPrintfDoesInEveryLocale();
     void messageIsUtf8WhateverItsPrecision();
+    void messageThatCannotBeFormattedIsItsFormat();
     void longMessagesAreWhole();
     void nullFormatMakesTheFileOnly();
     void nullFormatTurnsTheFileOver();
@@ -189,6 +190,13 @@ void tst_Log::messageIsUtf8WhateverItsPrecision()
     QCOMPARE(get(log()), entry + "日本");
     QVERIFY(save("%.4s", "\xE6\x97\xA5\xE6\x9C\xAC"));
     QCOMPARE(get(log()), entry + "日本\n" + entry + "日\uFFFD");
+}
+
+void tst_Log::messageThatCannotBeFormattedIsItsFormat()
+{
+    QVERIFY(save("%ls", L"wide"));
+    QVERIFY(save("wide: %ls", L"\u65E5"));
+    QCOMPARE(get(log()), entry + "wide\n" + entry + "wide: %ls");
 }
 
 void tst_Log::longMessagesAreWhole()

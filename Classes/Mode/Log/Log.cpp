@@ -13,12 +13,12 @@
 
 namespace
 {
-// For as long as one lives, this thread formats numbers with a decimal point.
+// For as long as one lives, this thread formats as in C's own locale: numbers have a decimal point.
 class PointLocale
 {
 public:
     PointLocale()
-        : m_locale(newlocale(LC_NUMERIC_MASK, "C", duplocale(LC_GLOBAL_LOCALE)))
+        : m_locale(newlocale(LC_ALL_MASK, "C", nullptr))
         , m_previous(uselocale(m_locale))
     {
     }
@@ -41,7 +41,9 @@ __attribute__((format(printf, 1, 0))) QByteArray formatted(const char *format, v
     va_copy(again, arguments);
     const int size = std::vsnprintf(nullptr, 0, format, again);
     va_end(again);
-    if (size <= 0)
+    if (size < 0)
+        return format; // wide text beyond ASCII: better a message without it than none
+    if (size == 0)
         return QByteArray();
     QByteArray bytes(size, Qt::Uninitialized);
     // The terminator has its place behind a byte array's end.
