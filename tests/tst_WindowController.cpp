@@ -75,6 +75,9 @@ private Q_SLOTS:
     void deletedInsideTheQuestionOfItsClose();
     void deletedInsideItsModalLoop();
     void windowDeletedByTheHost();
+    void controllerOfAWindowIsFound();
+    void windowsOfNobodyHaveNoController();
+    void windowThatOutlivesItsControllerHasNone();
 
 private:
     std::unique_ptr<Controller> make(const QByteArray &interface = plainWindow)
@@ -307,6 +310,47 @@ void tst_WindowController::windowDeletedByTheHost()
     QCOMPARE(controller->runModal(), ModalLoop::abortCode);
     QVERIFY(!controller->isWindowLoaded());
     QCOMPARE(controller->window(), nullptr);
+}
+
+void tst_WindowController::controllerOfAWindowIsFound()
+{
+    const auto first = make();
+    const auto second = make();
+    QVERIFY(!first->isWindowLoaded());
+    QCOMPARE(WindowController::ofWindow(first->window()), first.get());
+    QCOMPARE(WindowController::ofWindow(second->window()), second.get());
+    first->window()->close();
+    QCOMPARE(WindowController::ofWindow(first->window()), first.get());
+}
+
+void tst_WindowController::windowsOfNobodyHaveNoController()
+{
+    const auto notLoaded = make();
+    const auto controller = make();
+    controller->window();
+    QCOMPARE(WindowController::ofWindow(nullptr), nullptr);
+    const QWidget other;
+    QCOMPARE(WindowController::ofWindow(&other), nullptr);
+    // Only the window itself counts, not what is in it.
+    QCOMPARE(WindowController::ofWindow(controller->outlet<QPushButton>("btnOK")), nullptr);
+    QVERIFY(!notLoaded->isWindowLoaded());
+}
+
+void tst_WindowController::windowThatOutlivesItsControllerHasNone()
+{
+    auto controller = make();
+    const QPointer<QWidget> window = controller->window();
+    controller->showWindow();
+    QCOMPARE(WindowController::ofWindow(window), controller.get());
+    // Its window is deleted when the close has been handled.
+    controller->whenClosing = [&] {
+        controller.reset();
+        QVERIFY(window);
+        QCOMPARE(WindowController::ofWindow(window), nullptr);
+    };
+    window->close();
+    QVERIFY(!controller);
+    QTRY_VERIFY(!window);
 }
 
 LINKLIST_GUI_TEST_MAIN(tst_WindowController)
