@@ -30,6 +30,7 @@ move_slowly() { # move_slowly X Y: from where the pointer is, as a hand does
         sleep 0.03
     done
 }
+click_there() { xdotool mousemove "$x" "$y" click 1; } # --sync would wait where the pointer is there already
 drag_to() { # drag_to X Y: presses on the source and goes there, without letting go
     read -r from_x from_y <<<"$(centre "$scratch/source.log")"
     xdotool mousemove --sync "$from_x" "$from_y" mousedown 1
@@ -55,7 +56,7 @@ done
 sleep 0.5 # for the window manager to place them
 read -r x y <<<"$(centre "$scratch/target.log")"
 
-xdotool mousemove --sync "$x" "$y" click 1
+click_there
 check "a click on the drop target reaches the button beneath" wait_until 5 heard clicked
 drag_to "$x" "$y"
 check "the frame is drawn while files hover" wait_until 5 heard 'highlight 1'
@@ -65,7 +66,7 @@ check "the accepted files arrive in their order" wait_until 5 heard \
     "dropped $scratch/a.JPG $scratch/folder $scratch/two%0Alines.jpg $scratch/link.png"
 check "the frame goes with the drop" wait_until 5 heard 'highlight 0'
 check "the source is told that they were copied" wait_until 5 answered "copy"
-xdotool mousemove --sync "$x" "$y" click 1
+click_there
 check "after the drop clicks reach the button again" wait_until 5 heard_times clicked 2
 
 drag_to "$x" "$y"
@@ -74,13 +75,13 @@ move_slowly "$from_x" "$from_y"
 check "the frame goes when the drag leaves" wait_until 5 heard_times 'highlight 0' 2
 xdotool mouseup 1
 check "dropped elsewhere, they are refused" wait_until 5 answered "copy refused"
-xdotool mousemove --sync "$x" "$y" click 1
+click_there
 check "after the drag left clicks reach the button again" wait_until 5 heard_times clicked 3
 
 drag_to "$x" "$y"
 xdotool mouseup 1
 check "files of other types are let go" wait_until 5 heard_times 'highlight 0' 3
-xdotool mousemove --sync "$x" "$y" click 1
+click_there
 check "and clicks reach the button again" wait_until 5 heard_times clicked 4
 
 drag_to "$x" "$y"
