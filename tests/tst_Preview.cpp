@@ -246,7 +246,9 @@ void tst_Preview::mainPageIsLoadedInALaterPassAfterABlockingPause()
     controller->refreshPreview();
     QVERIFY(!m_view->calls.contains(loadCall()));
     bool hasTicked = false;
-    QTimer::singleShot(20, this, [&] { hasTicked = true; });
+    QTimer other;
+    connect(&other, &QTimer::timeout, &other, [&] { hasTicked = true; });
+    other.start(20);
     QElapsedTimer timer;
     timer.start();
     QCoreApplication::sendPostedEvents(controller.get(), QEvent::MetaCall);

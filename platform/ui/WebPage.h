@@ -43,9 +43,9 @@ class WebPage : public QWebEnginePage
 public:
     WebPage(WebView *view, WebProfile *profile, QObject *parent);
 
-    // Scrolls the page as told by positions, a list of [selector, left, top], and tells of it by painted
-    // with that number once this has been painted. A page that is not shown or whose process has ended never
-    // tells.
+    // Scrolls the page to these positions, a list of [selector, left, top], and emits painted() with the
+    // number once this is on its way to the screen. A page that is not shown or whose process has ended never
+    // does.
     void tellWhenPainted(int number, const QJsonArray &positions);
 
 Q_SIGNALS:
