@@ -50,7 +50,7 @@ bool AsyncScope::spawn(std::function<void()> call)
         const std::shared_lock lock(state->mutex);
         if (state->isOpen)
             call();
-        call = nullptr; // with all that it carries, while the receiver is there
+        call = nullptr; // with all that it carries: a thread may be joined much later
     };
     try {
         threads.start(std::move(run));

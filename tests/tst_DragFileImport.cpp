@@ -318,7 +318,7 @@ void tst_DragFileImport::withoutFiltersNoFileIsAccepted()
 void tst_DragFileImport::caseFollowsNoLocale()
 {
     QLocale::setDefault(QLocale(QLocale::Turkish));
-    std::setlocale(LC_ALL, "tr_TR.UTF-8");
+    QVERIFY(std::setlocale(LC_ALL, "tr_TR.UTF-8"));
     DragFileImport view;
     view.setFilters(texts({"gif"}));
     const bool isAccepted = view.checkFilters(QStringLiteral("/x/A.GIF"));
@@ -498,6 +498,12 @@ void tst_DragFileImport::otherMachinesFilesAreLeftOut()
     QVERIFY(!m_view->highlight());
     QVERIFY(!m_view->performDragOperation(remote.data()));
     remote.leave();
+    // What follows a NUL would pass for the ending of a file that has another.
+    Drag hidden(*m_window);
+    hidden.data().setUrls({QUrl(QStringLiteral("file:///etc/passwd%00.jpg"))});
+    QVERIFY(!hidden.enter({50, 50}));
+    QVERIFY(!m_view->performDragOperation(hidden.data()));
+    hidden.leave();
 
     Drag mixed(*m_window);
     mixed.data().setUrls(
@@ -792,8 +798,10 @@ void tst_DragFileImport::dragThatEndsUntoldBlocksNoMouse()
     drag.setPaths(texts({"/a.jpg"}));
     QVERIFY(drag.enter({50, 50}));
     QWindow *window = m_window->windowHandle();
+    QVERIFY(m_view->highlight());
     QTest::mouseMove(window, {60, 60});
     QCoreApplication::processEvents();
+    QVERIFY(!m_view->highlight());
     QTest::mouseClick(window, Qt::LeftButton, Qt::NoModifier, {60, 60});
     QCOMPARE(m_below->count(QEvent::MouseButtonPress), 1);
 }

@@ -9,8 +9,10 @@
 #include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
+#include <cerrno>
 #include <clocale>
 #include <cstdio>
+#include <cstring>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -71,6 +73,7 @@ private Q_SLOTS:
     void entriesAreSeparatedByOneLineFeed();
     void dateAndTimeAreLocalAndPadded();
     void messageMayHoldLineBreaks();
+    void messageMayNameTheCallersError();
     void formatsAsPrintfDoesInEveryLocale();
     void messageIsUtf8WhateverItsPrecision();
     void messageThatCannotBeFormattedIsItsFormat();
@@ -172,6 +175,14 @@ void tst_Log::messageMayHoldLineBreaks()
     QVERIFY(save("%s", "a\nb\r\n"));
     QVERIFY(save("c"));
     QCOMPARE(get(log()), entry + "a\nb\r\n\n" + entry + "c");
+}
+
+// Looking for the log makes errors of its own.
+void tst_Log::messageMayNameTheCallersError()
+{
+    errno = EACCES;
+    QVERIFY(save("%m"));
+    QCOMPARE(get(log()), entry + std::strerror(EACCES));
 }
 
 void tst_Log::formatsAsPrintfDoesInEveryLocale()

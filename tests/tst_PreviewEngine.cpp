@@ -84,7 +84,8 @@ private:
     }
     QString heading() const
     {
-        return evaluate(*m_view, QStringLiteral("document.querySelector('h1')?.innerText ?? ''")).toString();
+        return evaluate(*m_view, QStringLiteral("document.querySelector('#heading')?.innerText ?? ''"))
+            .toString();
     }
     // Nothing is stale, owed, under way or covered any more.
     bool isIdle() const

@@ -100,6 +100,9 @@ private Q_SLOTS:
     void readsNoFilesOutside();
     void pageElsewhereReadsNothingBesideIt();
     void newWindowReadsNoFilesOutside();
+    void newWindowOpensNoFileOutside_data();
+    void newWindowOpensNoFileOutside();
+    void hiddenViewsFollowThePolicyDelegate();
     void reachesNoNetwork();
     void showsNoDialogs();
     void scriptOfThePageCannotSpeakForTheView();
@@ -221,10 +224,6 @@ void tst_WebPage::newWindowIsHiddenAskedAndDropped()
     put(path("book/index.html"),
         "<title>page</title><a style='font-size: 60px' target=_blank href='" + address.toUtf8()
             + "'>away</a>");
-    if (link.startsWith(QLatin1String("none"))) {
-        QTest::ignoreMessage(QtWarningMsg,
-                             QRegularExpression(QStringLiteral("non-JS module files deprecated")));
-    }
     WebView view;
     Delegate delegate(view);
     show(view);
@@ -361,6 +360,52 @@ void tst_WebPage::newWindowReadsNoFilesOutside()
     show(view);
     evaluate(view, QStringLiteral("void window.open('next.html')"));
     QTRY_COMPARE(evaluate(view, QStringLiteral("document.title")).toString(), QStringLiteral("page own"));
+}
+
+void tst_WebPage::newWindowOpensNoFileOutside_data()
+{
+    QTest::addColumn<QString>("address");
+    QTest::newRow("text") << QStringLiteral("../secret.txt");
+    QTest::newRow("page") << QStringLiteral("../secret.html");
+    QTest::newRow("symbolic link") << QStringLiteral("link.txt");
+    QTest::newRow("by way of the folder") << QStringLiteral("own/../../secret.txt");
+}
+
+// All local pages are of one origin: what a new window shows, its opener reads.
+void tst_WebPage::newWindowOpensNoFileOutside()
+{
+    QFETCH(QString, address);
+    put(path("secret.txt"), "secret");
+    put(path("secret.html"), "secret");
+    put(path("book/allowed.txt"), "allowed");
+    QVERIFY(QFile::link(path("secret.txt"), path("book/link.txt")));
+    WebView view;
+    Delegate delegate(view);
+    show(view);
+    const QString watch
+        = QStringLiteral("window.seen = window.seen || ''; void (w => setInterval(() => {"
+                         "  try { window.seen += w.document.body.innerText; } catch (error) { }"
+                         "}, 1))(window.open('%1'))");
+    evaluate(view, watch.arg(address));
+    // The window is asked about, and one that may be opened would be seen.
+    QTRY_VERIFY(!delegate.asked.isEmpty());
+    evaluate(view, watch.arg(QStringLiteral("allowed.txt")));
+    QTRY_VERIFY(evaluate(view, QStringLiteral("window.seen")).toString().contains(QLatin1String("allowed")));
+    QVERIFY(!evaluate(view, QStringLiteral("window.seen")).toString().contains(QLatin1String("secret")));
+}
+
+void tst_WebPage::hiddenViewsFollowThePolicyDelegate()
+{
+    WebView view;
+    Delegate delegate(view);
+    show(view);
+    const WebView *hidden = view.createHiddenView();
+    QVERIFY(hidden);
+    Delegate another(view);
+    view.setPolicyDelegate(&another);
+    QCOMPARE(hidden->policyDelegate(), &another);
+    view.setPolicyDelegate(nullptr);
+    QCOMPARE(hidden->policyDelegate(), nullptr);
 }
 
 void tst_WebPage::reachesNoNetwork()

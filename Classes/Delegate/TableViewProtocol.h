@@ -63,7 +63,8 @@ public:
     QObject *ower() const { return m_ower; }
     void setOwer(QObject *ower) { m_ower = ower; }
 
-    // Makes a table show the rows, and tells the owner when the selection in it changes. A table that is
+    // Makes a table show the rows, and tells the owner when the selection in it changes. New rows clear the
+    // selection without a word. A table that is
     // given another model or selection model afterwards is told anew.
     void showIn(QAbstractItemView *tableView);
 

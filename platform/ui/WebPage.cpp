@@ -27,13 +27,11 @@ const char *const noteScrolling = R"js(
     const selectorOf = element => {
         const steps = [];
         for (; element && element !== document.documentElement; element = element.parentElement) {
-            if (element.id) {
-                steps.unshift("#" + CSS.escape(element.id));
-                break;
-            }
+            if (element.id)
+                return ["#" + CSS.escape(element.id), ...steps].join(">");
             steps.unshift(`:nth-child(${1 + [...element.parentElement.children].indexOf(element)})`);
         }
-        return steps.join(">");
+        return [":root", ...steps].join(">");
     };
     const tell = () => {
         for (const target of moved) {

@@ -7,7 +7,9 @@
 class WebView;
 
 // What the pages of one view and of the windows that they open may fetch: files of one folder and below,
-// symbolic links resolved, and nothing from any network. Nothing is kept on disk. It outlives its pages.
+// symbolic links resolved, and nothing from any network. Nothing is kept on disk. It outlives its pages. What
+// it cannot stop is a peer connection that a script opens from a frame made for that, or a transport from a
+// worker: the engine asks nobody about them. Texts and links of a page reach neither.
 class WebProfile : public QWebEngineProfile
 {
 public:
@@ -16,6 +18,8 @@ public:
 
     // An empty folder stands for no files.
     void setFolder(const QString &folder);
+    // Whether the address is a file of the folder; one that is not there is none.
+    bool isReadable(const QUrl &url) const { return m_interceptor.isReadable(url); }
 
 private:
     // The page's own interceptor would come too late for the first load of a new window.
@@ -23,10 +27,9 @@ private:
     {
     public:
         void interceptRequest(QWebEngineUrlRequestInfo &request) override;
-        QString folder; // canonical, with a slash at its end
-
-    private:
         bool isReadable(const QUrl &url) const;
+
+        QString folder; // canonical, with a slash at its end
     };
     Interceptor m_interceptor;
 };

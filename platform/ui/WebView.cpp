@@ -8,6 +8,7 @@
 #include <QJsonArray>
 #include <QLabel>
 #include <QOpenGLContext>
+#include <QPointer>
 #include <QVBoxLayout>
 #include <QWebEngineLoadingInfo>
 #include <QWebEngineView>
@@ -96,12 +97,13 @@ WebView *WebView::createHiddenView()
     auto owned = std::make_unique<WebView>();
     WebView *view = owned.get();
     view->m_profile = m_profile;
+    view->m_isHiddenView = true;
     view->createView();
     m_hiddenViews.push_back(std::move(owned));
     // Not at once: the engine still works with the view.
     const auto drop = [this, view] {
-        QTimer::singleShot(0, this, [this, view] {
-            std::erase_if(m_hiddenViews, [view](const auto &hidden) { return hidden.get() == view; });
+        QTimer::singleShot(0, this, [this, view = QPointer(view)] {
+            std::erase_if(m_hiddenViews, [&view](const auto &hidden) { return hidden.get() == view; });
         });
     };
     connect(view, &WebView::loadFinished, this, drop);
@@ -110,11 +112,33 @@ WebView *WebView::createHiddenView()
     return view;
 }
 
+void WebView::setPolicyDelegate(WebViewDelegate *delegate)
+{
+    m_policyDelegate = delegate;
+    for (const auto &hidden : m_hiddenViews)
+        hidden->setPolicyDelegate(delegate);
+}
+
+// To the engine all local pages are of one origin: a page and the window that it opened read each other. So a
+// hidden view goes only where the page could read anyway, and goes itself when the page moves on.
 bool WebView::decidesToUse(const QUrl &url)
 {
-    if (!m_policyDelegate)
-        return url.isLocalFile();
-    return m_policyDelegate->decidePolicyForNavigationAction(url) == WebPolicy::Use;
+    const QPointer<WebView> self(this);
+    const bool isUsed = m_policyDelegate
+        ? m_policyDelegate->decidePolicyForNavigationAction(url) == WebPolicy::Use
+        : url.isLocalFile();
+    if (!self || !isUsed)
+        return false;
+    if (m_profile->isReadable(url))
+        return true;
+    dropHiddenViews();
+    return !m_isHiddenView;
+}
+
+void WebView::dropHiddenViews()
+{
+    if (!m_hiddenViews.empty())
+        QTimer::singleShot(0, this, [this] { m_hiddenViews.clear(); });
 }
 
 QWebEnginePage *WebView::openHiddenPage()
@@ -173,7 +197,7 @@ void WebView::followLoading(const QWebEngineLoadingInfo &info)
         return;
     }
     QJsonArray positions;
-    if (m_page->url() == m_scrolledPage) {
+    if (m_page->url().adjusted(QUrl::RemoveFragment) == m_scrolledPage) {
         for (auto it = m_scrolled.cbegin(); it != m_scrolled.cend(); ++it)
             positions.append(QJsonArray{it.key(), it->x(), it->y()});
     }
@@ -184,7 +208,7 @@ void WebView::followLoading(const QWebEngineLoadingInfo &info)
 
 void WebView::noteScrolling(const QString &selector, double left, double top)
 {
-    const QUrl page = m_page->url();
+    const QUrl page = m_page->url().adjusted(QUrl::RemoveFragment);
     if (page != m_scrolledPage) {
         m_scrolledPage = page;
         m_scrolled.clear();

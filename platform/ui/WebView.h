@@ -64,7 +64,8 @@ public:
     WebViewDelegate *frameLoadDelegate() const { return m_frameLoadDelegate; }
     void setFrameLoadDelegate(WebViewDelegate *delegate) { m_frameLoadDelegate = delegate; }
     WebViewDelegate *policyDelegate() const { return m_policyDelegate; }
-    void setPolicyDelegate(WebViewDelegate *delegate) { m_policyDelegate = delegate; }
+    // For the hidden views, too.
+    void setPolicyDelegate(WebViewDelegate *delegate);
     WebViewDelegate *uiDelegate() const { return m_uiDelegate; }
     void setUIDelegate(WebViewDelegate *delegate) { m_uiDelegate = delegate; }
 
@@ -106,6 +107,7 @@ private:
     QWebEnginePage *openHiddenPage();
 
     void createView();
+    void dropHiddenViews();
     void showReason();
     void refuseDrops();
     void followLoading(const QWebEngineLoadingInfo &info);
@@ -122,12 +124,13 @@ private:
     WebPage *m_page = nullptr;
     QLabel *m_reason = nullptr;
     std::vector<std::unique_ptr<WebView>> m_hiddenViews;
+    bool m_isHiddenView = false;
 
     // The picture that lies over the view from one page to the next.
     QLabel *m_picture = nullptr;
     QTimer m_coverTimer;
-    int m_load
-        = 0; // counts what has been asked for and begun; what is told of an earlier load is out of date
+    // Counts what has been asked for and begun; what is told of an earlier load is out of date.
+    int m_load = 0;
     bool m_isPainted = false; // the view shows a page that can be kept as a picture
 
     QUrl m_scrolledPage; // whose scroll positions are kept

@@ -38,8 +38,9 @@ QStringList pathsOf(const QMimeData &data)
     QStringList paths;
     const QList<QUrl> urls = data.urls();
     for (const QUrl &url : urls) {
+        // No file has a NUL in its name; one would end the path early and hide its real ending.
         const QString path = localPath(url);
-        if (!path.isEmpty())
+        if (!path.isEmpty() && !path.contains(QChar::Null))
             paths.append(path);
     }
     return paths;
@@ -142,14 +143,15 @@ void DragFileImport::setHighlight(bool highlight)
 // sizes.
 bool DragFileImport::eventFilter(QObject *watched, QEvent *event)
 {
+    const auto isOurWindow = [&] { return watched->isWindowType() && watched == window()->windowHandle(); };
     switch (event->type()) {
     case QEvent::DragEnter:
-        if (watched->isWindowType())
+        if (isOurWindow())
             letClicksThrough(!isEnabled() || !isForUs(*static_cast<QDropEvent *>(event)));
         break;
     case QEvent::DragLeave:
     case QEvent::Drop:
-        if (watched->isWindowType())
+        if (isOurWindow())
             letClicksThrough(true);
         break;
     case QEvent::Resize:
@@ -188,6 +190,7 @@ bool DragFileImport::event(QEvent *event)
     case QEvent::MouseMove:
     case QEvent::MouseButtonPress:
         letClicksThrough(true);
+        setHighlight(false);
         event->ignore();
         return false;
     default:
@@ -231,8 +234,7 @@ void DragFileImport::dragLeaveEvent(QDragLeaveEvent *)
 
 void DragFileImport::dropEvent(QDropEvent *event)
 {
-    const bool isPrepared = prepareForDragOperation();
-    if (!isPrepared || offered(event->possibleActions()) == Qt::IgnoreAction
+    if (!prepareForDragOperation() || offered(event->possibleActions()) == Qt::IgnoreAction
         || !performDragOperation(*event->mimeData())) {
         event->setDropAction(Qt::IgnoreAction);
         event->ignore();

@@ -112,8 +112,10 @@ WebPolicy PluginSettingsDelegate::decidePolicyForNavigationAction(const QUrl &re
         const QString scheme = request.scheme();
         if (scheme == QLatin1String("file") || (m_privateView && m_privateView->ignoreOpenURL()))
             return WebPolicy::Use;
-        if (scheme == QLatin1String("http") || scheme == QLatin1String("https"))
-            m_urlOpener(request);
+        if (scheme == QLatin1String("http") || scheme == QLatin1String("https")) {
+            const auto opener = m_urlOpener; // a host's handler of web addresses may delete the session
+            opener(request);
+        }
         return WebPolicy::Ignore;
     } catch (const std::exception &exception) {
         qWarning("Web action exception: %s", exception.what());

@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <locale.h>
 #if __has_include(<xlocale.h>)
@@ -102,18 +103,21 @@ QString Log::backupFolder() const
 
 bool Log::save(const char *format, va_list arguments)
 {
+    const int error = errno; // of the caller's failure, which the format may ask for
     const QDateTime now = m_clock().toLocalTime();
     QByteArray contents = currentContents(now);
     if (!format)
         return true;
     if (!contents.isEmpty())
         contents += '\n';
+    errno = error;
     contents += now.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")).toUtf8()
         + "{bundle}:" + formatted(format, arguments);
     return File::write(path(), contents);
 }
 
-// What the next entry is appended to. A log that cannot be read counts as empty and is replaced.
+// What the next entry is appended to. A log that cannot be read counts as empty and is replaced. Where an
+// empty one cannot be made, writing the entry fails, too, and says so.
 QByteArray Log::currentContents(const QDateTime &now)
 {
     if (!File::exists(path())) {
@@ -129,13 +133,19 @@ QByteArray Log::currentContents(const QDateTime &now)
 bool Log::turnOver(const QDateTime &now)
 {
     const QString name = now.toString(QStringLiteral("yyyyMMdd_HHmmss")) + QStringLiteral(".txt");
-    if (!File::makeFolder(backupFolder()) || !File::copy(path(), File::joined(backupFolder(), name))
-        || !File::write(path(), QByteArray()))
+    const QString backup = File::joined(backupFolder(), name);
+    if (!File::makeFolder(backupFolder()) || !File::copy(path(), backup))
         return false;
+    if (!File::write(path(), QByteArray())) {
+        // The log goes on, and so does without a copy of what is still in it.
+        File::removeAll(backup);
+        return false;
+    }
     dropOldestBackup();
     return true;
 }
 
+// One that cannot be deleted stays: the next turn-over tries again.
 void Log::dropOldestBackup()
 {
     QStringList backups = File::subpaths(backupFolder());
