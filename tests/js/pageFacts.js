@@ -36,7 +36,7 @@
         strangers: [...byId("box").querySelectorAll("*")].filter((element) =>
             !["H2", "UL", "LI", "A", "SPAN", "BR"].includes(element.nodeName)
             || element.getAttributeNames().some((name) =>
-                !["id", "dir", "href", "rel", "style", "hidden"].includes(name))).map((element) => element.outerHTML),
+                !["id", "role", "dir", "href", "rel", "style", "hidden"].includes(name))).map((element) => element.outerHTML),
         isScriptRun: "pwned" in window,
     };
 })();
