@@ -164,7 +164,13 @@ private Q_SLOTS:
     void nameGetsTheFirstType_data();
     void nameGetsTheFirstType();
     void folderNameInASavePanelIsEntered();
+    void nameWithoutAFileIsNotTold_data();
+    void nameWithoutAFileIsNotTold();
+    void nameCountsMoreThanASelectedFile();
     void existingFileIsReplacedOnlyAfterAQuestion();
+    void whateverGoesTakesTheQuestionAlong_data();
+    void whateverGoesTakesTheQuestionAlong();
+    void panelsOfferNothingThatWaitsInThem();
     void newFoldersMayBeMade();
 
     void saveOwnerWithoutEndOpenPanelIsNotTold();
@@ -232,6 +238,15 @@ private:
     static QLineEdit *nameField(const QFileDialog *dialog)
     {
         return dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
+    }
+    // A file's or folder's place in the list, invalid as long as it has none.
+    static QModelIndex row(const QFileDialog *dialog, const char *name)
+    {
+        const auto *list = dialog->findChild<QListView *>(QStringLiteral("listView"));
+        const QAbstractItemModel *model = list->model();
+        const auto found = model->match(model->index(0, 0, list->rootIndex()), Qt::DisplayRole,
+                                        QString::fromUtf8(name), 1, Qt::MatchExactly);
+        return found.isEmpty() ? QModelIndex() : found.constFirst();
     }
     // Types a name; what was selected in the list follows only while the field has the focus.
     static void type(QFileDialog *dialog, const QString &name)
@@ -629,12 +644,7 @@ void tst_OZPanel::filesAndFoldersTogether()
     panel.setAllowsMultipleSelection(true);
     QFileDialog *dialog = open(panel);
     auto *list = dialog->findChild<QListView *>(QStringLiteral("listView"));
-    const auto find = [list](const char *name) {
-        const QAbstractItemModel *model = list->model();
-        const auto found = model->match(model->index(0, 0, list->rootIndex()), Qt::DisplayRole,
-                                        QString::fromUtf8(name), 1, Qt::MatchExactly);
-        return found.isEmpty() ? QModelIndex() : found.constFirst();
-    };
+    const auto find = [dialog](const char *name) { return row(dialog, name); };
     QTRY_VERIFY(find("sub").isValid() && find("a.jpg").isValid());
     QTRY_VERIFY(!list->visualRect(find("a.jpg")).isEmpty());
     for (const char *name : {"sub", "a.jpg"}) {
@@ -700,6 +710,13 @@ void tst_OZPanel::nameGetsTheFirstType_data()
         QTest::addRow("%s: second", of) << isAllowed << QStringLiteral("n.GIF") << QStringLiteral("n.GIF");
         QTest::addRow("%s: other", of) << isAllowed << QStringLiteral("n.txt")
                                        << (isAllowed ? QStringLiteral("n.txt") : QStringLiteral("n.txt.jpg"));
+        QTest::addRow("%s: dot", of) << isAllowed << QStringLiteral("n.") << QStringLiteral("n.jpg");
+        QTest::addRow("%s: quoted", of)
+            << isAllowed << QStringLiteral("\"n m\"") << QStringLiteral("n m.jpg");
+        QTest::addRow("%s: quote", of) << isAllowed << QStringLiteral("n\"m") << QStringLiteral("n\"m.jpg");
+        QTest::addRow("%s: folder", of)
+            << isAllowed << QStringLiteral("sub/n") << QStringLiteral("sub/n.jpg");
+        QTest::addRow("%s: above", of) << isAllowed << QStringLiteral("sub/../n") << QStringLiteral("n.jpg");
     }
 }
 
@@ -726,30 +743,144 @@ void tst_OZPanel::folderNameInASavePanelIsEntered()
     QCOMPARE(shown()->directory().absolutePath(), at("sub"));
 }
 
+void tst_OZPanel::nameWithoutAFileIsNotTold_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("none") << QString();
+    QTest::newRow("missing folder") << QStringLiteral("none/n");
+    QTest::newRow("folder's end") << QStringLiteral("none/");
+    QTest::newRow("existing folder's dots") << QStringLiteral("sub/...");
+    QTest::newRow("file as a folder") << QStringLiteral("a.jpg/n");
+    QTest::newRow("too long with its type") << QString(253, u'n');
+}
+
+void tst_OZPanel::nameWithoutAFileIsNotTold()
+{
+    QFETCH(QString, name);
+    const auto owner = makeOwner();
+    OZPanel panel;
+    panel.setOwer(owner.get());
+    panel.setTypes({QStringLiteral("jpg")});
+    QFileDialog *dialog = save(panel);
+    type(dialog, name);
+    QMetaObject::invokeMethod(dialog, "accept");
+    QVERIFY(shown());
+    owner->record.leave.release();
+    owner->asyncScope().close();
+    QCOMPARE(owner->record.told().size(), 0);
+}
+
+void tst_OZPanel::nameCountsMoreThanASelectedFile()
+{
+    Fixtures::put(at("report"), "r");
+    const auto owner = makeOwner();
+    OZPanel panel;
+    panel.setOwer(owner.get());
+    panel.setTypes({QStringLiteral("jpg")});
+    panel.setAllowsOtherFileTypes(true);
+    QFileDialog *dialog = save(panel);
+    dialog->selectNameFilter(dialog->nameFilters().constLast());
+    QTRY_VERIFY(row(dialog, "report").isValid());
+    type(dialog, QStringLiteral("report"));
+    auto *list = dialog->findChild<QListView *>(QStringLiteral("listView"));
+    list->selectionModel()->select(row(dialog, "report"), QItemSelectionModel::ClearAndSelect);
+    QTest::mouseClick(confirm(dialog), Qt::LeftButton);
+    QVERIFY(!shown());
+    QCOMPARE(next(owner->record).panel.path(), at("report.jpg"));
+}
+
 void tst_OZPanel::existingFileIsReplacedOnlyAfterAQuestion()
 {
     const auto owner = makeOwner();
     OZPanel panel;
     panel.setOwer(owner.get());
     panel.setTypes({QStringLiteral("jpg")});
-    int asked = 0;
     for (const QMessageBox::StandardButton answer : {QMessageBox::No, QMessageBox::Yes}) {
         QFileDialog *dialog = save(panel);
-        type(dialog, QStringLiteral("a"));
-        QTimer::singleShot(0, this, [&] {
-            auto *question = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-            QVERIFY(question);
-            ++asked;
-            QTest::mouseClick(question->button(answer), Qt::LeftButton);
-        });
-        QTest::mouseClick(confirm(dialog), Qt::LeftButton);
+        QVERIFY(choose(dialog, QStringLiteral("a")));
+        auto *question = dialog->findChild<QMessageBox *>();
+        QVERIFY(shown() && question && question->isVisible());
+        QCOMPARE(question->windowModality(), Qt::WindowModal);
+        QCOMPARE(question->defaultButton(), question->button(QMessageBox::No));
+        QVERIFY(question->text().contains(QStringLiteral("a.jpg")));
+        QMetaObject::invokeMethod(dialog, "accept");
+        QCOMPARE(dialog->findChildren<QMessageBox *>().size(), 1);
+        QTest::mouseClick(question->button(answer), Qt::LeftButton);
         QCOMPARE(shown() != nullptr, answer == QMessageBox::No);
         if (shown())
             shown()->reject();
     }
-    QCOMPARE(asked, 2);
     QCOMPARE(next(owner->record).panel.path(), at("a.jpg"));
     QCOMPARE(owner->record.told().size(), 1);
+}
+
+void tst_OZPanel::whateverGoesTakesTheQuestionAlong_data()
+{
+    QTest::addColumn<int>("what");
+    QTest::newRow("owner") << 0;
+    QTest::newRow("wrapper") << 1;
+    QTest::newRow("window") << 2;
+    QTest::newRow("panel") << 3;
+}
+
+void tst_OZPanel::whateverGoesTakesTheQuestionAlong()
+{
+    QFETCH(int, what);
+    auto owner = makeOwner();
+    auto panel = std::make_unique<OZPanel>();
+    panel->setOwer(owner.get());
+    const QPointer<QFileDialog> dialog = save(*panel);
+    QVERIFY(choose(dialog, QStringLiteral("a.jpg")));
+    const QPointer<QMessageBox> question = dialog->findChild<QMessageBox *>();
+    QVERIFY(question);
+    if (what == 0)
+        owner.reset();
+    else if (what == 1)
+        panel.reset();
+    else if (what == 2)
+        delete owner->window();
+    else
+        dialog->reject();
+    QVERIFY(!shown() && (!question || !question->isVisible()));
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(!dialog && !question);
+    if (!owner)
+        return;
+    owner->record.leave.release();
+    owner->asyncScope().close();
+    QCOMPARE(owner->record.told().size(), 0);
+}
+
+void tst_OZPanel::panelsOfferNothingThatWaitsInThem()
+{
+    OZPanel panel;
+    for (const bool isOpenPanel : {true, false}) {
+        QFileDialog *dialog = isOpenPanel ? open(panel) : save(panel);
+        QCOMPARE(dialog->testOption(QFileDialog::ReadOnly), isOpenPanel);
+        QVERIFY(dialog->testOption(QFileDialog::DontConfirmOverwrite));
+        auto *list = dialog->findChild<QListView *>(QStringLiteral("listView"));
+        QTRY_VERIFY(row(dialog, "c.txt").isValid());
+        QVERIFY(QTest::qWaitForWindowActive(dialog));
+        list->setFocus();
+        list->setCurrentIndex(row(dialog, "c.txt"));
+        bool isAsked = false;
+        // Only a loop inside the toolkit would come to this.
+        QTimer::singleShot(0, dialog, [&isAsked] {
+            if (QWidget *modal = QApplication::activeModalWidget(); qobject_cast<QMessageBox *>(modal)) {
+                isAsked = true;
+                modal->close();
+            }
+        });
+        QTest::keyClick(list, Qt::Key_Delete);
+        QTest::keyClick(list, Qt::Key_F2);
+        QCoreApplication::processEvents();
+        QVERIFY(!isAsked);
+        QVERIFY(!list->viewport()->findChild<QLineEdit *>());
+        for (const char *view : {"listView", "treeView"})
+            QCOMPARE(dialog->findChild<QWidget *>(QString::fromLatin1(view))->contextMenuPolicy(),
+                     Qt::NoContextMenu);
+        delete dialog;
+    }
 }
 
 void tst_OZPanel::newFoldersMayBeMade()

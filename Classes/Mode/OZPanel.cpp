@@ -6,9 +6,13 @@
 #include <QLayout>
 #include <QLineEdit>
 #include <QListView>
+#include <QMessageBox>
 #include <QPushButton>
+#include <QShortcut>
 #include <QStandardPaths>
+#include <QTreeView>
 #include <algorithm>
+#include <climits>
 
 namespace
 {
@@ -37,6 +41,7 @@ public:
     {
         setAttribute(Qt::WA_DeleteOnClose);
         setOption(DontUseNativeDialog);
+        dropNestedLoops();
         setAcceptMode(isOpenPanel ? AcceptOpen : AcceptSave);
         showTypes();
         showTexts(panel);
@@ -49,14 +54,16 @@ public:
             watchTheChoice();
     }
 
-    PanelResult choice() const { return {m_isOpenPanel, chosen(), selectedNameFilter()}; }
+    PanelResult choice() const
+    {
+        return {m_isOpenPanel, m_isOpenPanel ? chosen() : QStringList(m_savePath), selectedNameFilter()};
+    }
 
 protected:
     void accept() override
     {
         if (!m_isOpenPanel) {
-            completeName();
-            QFileDialog::accept();
+            save();
             return;
         }
         const QStringList paths = chosen();
@@ -67,6 +74,13 @@ protected:
             done(Accepted);
         else
             QFileDialog::accept();
+    }
+
+    void hideEvent(QHideEvent *event) override
+    {
+        QFileDialog::hideEvent(event);
+        if (m_question && !isVisible())
+            m_question->close();
     }
 
 private:
@@ -155,13 +169,103 @@ private:
                });
     }
 
-    // Before the toolkit asks whether a file of that name may be replaced.
-    void completeName()
+    // The toolkit's own questions and menus wait inside it for their answer, and it would crash when it goes
+    // meanwhile: with its owner, its window or its wrapper. So its menus, deleting and renaming are off.
+    void dropNestedLoops()
     {
-        const QString name = nameField()->text();
-        const bool isFree = m_allowsOtherFileTypes && !QFileInfo(name).suffix().isEmpty();
-        if (!name.isEmpty() && !isOfType(name) && !isFree && !isFolder(directory().absoluteFilePath(name)))
-            nameField()->setText(name + u'.' + m_types.constFirst());
+        setOption(DontConfirmOverwrite);
+        // New folders are for save panels only.
+        setOption(ReadOnly, m_isOpenPanel);
+        const QList<QAbstractItemView *> views{findChild<QListView *>(QStringLiteral("listView")),
+                                               findChild<QTreeView *>(QStringLiteral("treeView"))};
+        for (QAbstractItemView *view : views) {
+            view->setContextMenuPolicy(Qt::NoContextMenu);
+            view->setEditTriggers(QAbstractItemView::NoEditTriggers);
+            const auto shortcuts = view->findChildren<QShortcut *>();
+            for (QShortcut *shortcut : shortcuts) {
+                if (shortcut->key() == QKeySequence(Qt::Key_Delete))
+                    shortcut->setEnabled(false);
+            }
+        }
+    }
+
+    void save()
+    {
+        if (m_question)
+            return;
+        QItemSelectionModel *selection = findChild<QListView *>(QStringLiteral("listView"))->selectionModel();
+        if (selection->hasSelection() && isFolder(selectedFiles().constFirst())) {
+            QFileDialog::accept(); // enters it
+            return;
+        }
+        // The name counts, and a selected file of a similar name would win over it.
+        selection->clearSelection();
+        const QString named = namedPath();
+        if (isFolder(named)) {
+            setDirectory(QDir::cleanPath(named));
+            return;
+        }
+        const QString path = completed(named);
+        if (!path.isEmpty() && QFileInfo::exists(path))
+            askToReplace(path);
+        else if (!path.isEmpty())
+            confirmSave(path);
+    }
+
+    // Empty where there is no telling which folder a name is for: "Computer" is none.
+    QString namedPath() const
+    {
+        QString name = nameField()->text();
+        if (name.isEmpty() || (!directory().isAbsolute() && QDir::isRelativePath(name)))
+            return {};
+        if (!name.contains(u'"'))
+            return selectedFiles().value(0); // with "~" followed
+        // The toolkit quotes names; any other quotation mark is a character of the name.
+        if (name.size() > 2 && name.startsWith(u'"') && name.indexOf(u'"', 1) == name.size() - 1)
+            name = name.mid(1, name.size() - 2);
+        return directory().absoluteFilePath(name);
+    }
+
+    // The path with the first type where it needs one; empty where no file of that name can be made.
+    QString completed(QString path) const
+    {
+        if (path.isEmpty())
+            return {};
+        const bool isFree = m_allowsOtherFileTypes && !QFileInfo(path).suffix().isEmpty();
+        if (!isOfType(path) && !isFree) {
+            while (path.endsWith(u'.'))
+                path.chop(1);
+            if (!path.endsWith(u'/'))
+                path += u'.' + m_types.constFirst();
+        }
+        const QFileInfo file(path);
+        const qsizetype length = QFile::encodeName(file.fileName()).size();
+        if (length == 0 || length > NAME_MAX || !isFolder(file.absolutePath()))
+            return {};
+        return QDir::cleanPath(path);
+    }
+
+    void askToReplace(const QString &path)
+    {
+        const QString text = QFileDialog::tr("%1 already exists.\nDo you want to replace it?");
+        m_question
+            = new QMessageBox(QMessageBox::Warning, windowTitle(), text.arg(QFileInfo(path).fileName()),
+                              QMessageBox::Yes | QMessageBox::No, this);
+        m_question->setAttribute(Qt::WA_DeleteOnClose);
+        m_question->setTextFormat(Qt::PlainText);
+        m_question->setDefaultButton(QMessageBox::No);
+        connect(m_question, &QDialog::finished, this, [this, path](int answer) {
+            // One that is closed with the panel answers nothing.
+            if (answer == QMessageBox::Yes && isVisible())
+                confirmSave(path);
+        });
+        m_question->open();
+    }
+
+    void confirmSave(const QString &path)
+    {
+        m_savePath = path;
+        done(Accepted);
     }
 
     QStringList m_types;
@@ -170,6 +274,8 @@ private:
     bool m_canChooseDirectories;
     bool m_allowsMultipleSelection;
     bool m_allowsOtherFileTypes;
+    QPointer<QMessageBox> m_question; // whether the file may be replaced
+    QString m_savePath;
 };
 } // namespace
 
