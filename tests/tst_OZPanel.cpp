@@ -13,13 +13,17 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTemporaryDir>
+#include <QTemporaryFile>
 #include <QThread>
 #include <QTimer>
 #include <chrono>
+#include <cstdio>
+#include <functional>
 #include <mutex>
 #include <pthread.h>
 #include <semaphore>
 #include <thread>
+#include <unistd.h>
 
 namespace
 {
@@ -105,6 +109,23 @@ private:
 
 const QByteArray plainWindow = "<ui version=\"4.0\"><widget class=\"QWidget\" name=\"root\"/></ui>";
 
+// What a function writes to standard error.
+QByteArray standardError(const std::function<void()> &write)
+{
+    QTemporaryFile file;
+    if (!file.open())
+        qFatal("no temporary file");
+    std::fflush(stderr);
+    const int before = dup(STDERR_FILENO);
+    dup2(file.handle(), STDERR_FILENO);
+    write();
+    std::fflush(stderr);
+    dup2(before, STDERR_FILENO);
+    close(before);
+    file.seek(0);
+    return file.readAll();
+}
+
 // Showing a panel starts a thread of Qt's that lists folders. Qt is built without the thread sanitizer, which
 // cannot follow it: there, only what shows no panel runs. That is all that has to do with threads of ours.
 bool runsHere(const char *function)
@@ -112,9 +133,10 @@ bool runsHere(const char *function)
 #ifdef __SANITIZE_THREAD__
     static const QList<QByteArray> withoutAPanel{
         "startsWithoutTypesAndAsASavePanel", "endPanelSelectorIsCalledInstead",
-        "onlyTheCodeOneIsAConfirmation",     "eachCompletedPanelHasAThreadOfItsOwn",
+        "everyCodeButZeroIsAConfirmation",   "eachCompletedPanelHasAThreadOfItsOwn",
         "threadThatCannotStartIsDropped",    "wrapperThatGoesBeforeItsPanelShowsNone",
         "wrapperMayGoWhileItsOwnerIsTold",   "ownerThatGoesIsNotTold",
+        "ownerThatIsNoReceiverIsNotTold",
     };
     return withoutAPanel.contains(function);
 #else
@@ -159,6 +181,8 @@ private Q_SLOTS:
     void foldersOnlyWhereAllowed();
     void filesAndFoldersTogether();
     void folderThatIsShownIsChosenWithoutASelection();
+    void folderThatIsEnteredIsChosenWithoutASelection();
+    void computerIsNoChoice();
     void whatDoesNotExistCannotBeOpened();
     void savePanelTellsTheNewName();
     void nameGetsTheFirstType_data();
@@ -180,7 +204,8 @@ private Q_SLOTS:
     void ownerThatIsNoReceiverIsNotTold();
     void cancellingTellsNothing_data();
     void cancellingTellsNothing();
-    void onlyTheCodeOneIsAConfirmation();
+    void everyCodeButZeroIsAConfirmation();
+    void panelItselfIsConfirmedByOneOnly();
     void eachCompletedPanelHasAThreadOfItsOwn();
     void onePanelObjectRunsSeveralTimes();
     void threadThatCannotStartIsDropped();
@@ -190,6 +215,7 @@ private Q_SLOTS:
     void wrapperMayGoWhileItsOwnerIsTold();
     void ownerThatGoesClosesThePanel();
     void ownerThatGoesIsNotTold();
+    void windowThatIsClosedCancelsThePanel();
     void windowThatGoesClosesThePanel();
 
 private:
@@ -676,6 +702,57 @@ void tst_OZPanel::folderThatIsShownIsChosenWithoutASelection()
     QCOMPARE(next(owner->record).panel.paths, QStringList{at("sub")});
 }
 
+// By the mouse and the button that goes up.
+void tst_OZPanel::folderThatIsEnteredIsChosenWithoutASelection()
+{
+    const auto owner = makeOwner();
+    OZPanel panel;
+    panel.setOwer(owner.get());
+    panel.setCanChooseDirectories(true);
+    panel.setPrompt(QStringLiteral("Pick"));
+    for (const bool isLeft : {false, true}) {
+        QFileDialog *dialog = open(panel);
+        const auto *list = dialog->findChild<QListView *>(QStringLiteral("listView"));
+        QTRY_VERIFY(row(dialog, "sub").isValid() && !list->visualRect(row(dialog, "sub")).isEmpty());
+        const QPoint place = list->visualRect(row(dialog, "sub")).center();
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, place);
+        QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, place);
+        QTRY_COMPARE(dialog->directory().absolutePath(), at("sub"));
+        QTRY_VERIFY(row(dialog, "d.jpg").isValid());
+        if (isLeft) {
+            QTest::mouseClick(dialog->findChild<QWidget *>(QStringLiteral("toParentButton")), Qt::LeftButton);
+            QTRY_COMPARE(dialog->directory().absolutePath(), m_folder->path());
+        }
+        QCoreApplication::processEvents();
+        QVERIFY(confirm(dialog)->isEnabled());
+        QCOMPARE(confirm(dialog)->text(), QStringLiteral("Pick"));
+        QTest::mouseClick(confirm(dialog), Qt::LeftButton);
+        QVERIFY(!shown());
+        QCOMPARE(next(owner->record).panel.paths, QStringList{isLeft ? m_folder->path() : at("sub")});
+    }
+}
+
+// Which Qt takes for the folder that the process works in.
+void tst_OZPanel::computerIsNoChoice()
+{
+    OZPanel panel;
+    panel.setCanChooseDirectories(true);
+    for (const bool isOpenPanel : {true, false}) {
+        QFileDialog *dialog = isOpenPanel ? open(panel) : save(panel);
+        const auto *sidebar = dialog->findChild<QListView *>(QStringLiteral("sidebar"));
+        QTest::mouseClick(sidebar->viewport(), Qt::LeftButton, {},
+                          sidebar->visualRect(sidebar->model()->index(0, 0)).center());
+        QVERIFY(!dialog->directory().isAbsolute());
+        if (!isOpenPanel)
+            type(dialog, QStringLiteral("n"));
+        QCoreApplication::processEvents();
+        QVERIFY(!isOpenPanel || !confirm(dialog)->isEnabled());
+        QMetaObject::invokeMethod(dialog, "accept");
+        QVERIFY(shown());
+        delete dialog;
+    }
+}
+
 void tst_OZPanel::whatDoesNotExistCannotBeOpened()
 {
     OZPanel panel;
@@ -911,7 +988,11 @@ void tst_OZPanel::openOwnerIsNotToldOfASavePanel()
     panel.setOwer(owner.get());
     QVERIFY(choose(save(panel), QStringLiteral("n")));
     QVERIFY(choose(open(panel), QStringLiteral("a.jpg")));
-    QCOMPARE(next(owner->record).function, QStringLiteral("endOpenPanel"));
+    const Told told = next(owner->record);
+    QCOMPARE(told.function, QStringLiteral("endOpenPanel"));
+    QVERIFY(told.panel.isOpenPanel);
+    QCOMPARE(told.panel.path(), at("a.jpg"));
+    owner->record.leave.release();
     owner->asyncScope().close();
     QCOMPARE(owner->record.told().size(), 1);
 }
@@ -923,13 +1004,13 @@ void tst_OZPanel::endPanelSelectorIsCalledInstead()
     panel.setOwer(owner.get());
     panel.setEndPanelSelector(
         [record = &owner->record](const PanelResult &result) { record->add("selector", result); });
-    panel.openPanelDidEnd({true, {QStringLiteral("/o")}, QStringLiteral("*.o")}, 1);
+    panel.openPanelDidEnd({true, {QStringLiteral("/o")}, QStringLiteral("*.o")}, 1, nullptr);
     Told told = next(owner->record);
     QCOMPARE(told.function, QStringLiteral("selector"));
     QCOMPARE(told.panel.path(), QStringLiteral("/o"));
     QCOMPARE(told.panel.filter, QStringLiteral("*.o"));
     QVERIFY(told.thread != QThread::currentThreadId());
-    panel.savePanelDidEnd({false, {QStringLiteral("/s")}, {}}, 1);
+    panel.savePanelDidEnd({false, {QStringLiteral("/s")}, {}}, 1, nullptr);
     told = next(owner->record);
     QCOMPARE(told.function, QStringLiteral("selector"));
     QCOMPARE(told.panel.path(), QStringLiteral("/s"));
@@ -954,9 +1035,15 @@ void tst_OZPanel::ownerThatIsNoReceiverIsNotTold()
     panel.setOwer(owner.get());
     std::atomic<bool> isTold = false;
     panel.setEndPanelSelector([&](const PanelResult &) { isTold = true; });
-    QVERIFY(choose(open(panel), QStringLiteral("a.jpg")));
-    QVERIFY(!shown());
+    const QByteArray warning = standardError([&] {
+        panel.openPanelDidEnd({true, {QStringLiteral("/o")}, {}}, 1, nullptr);
+    });
     QVERIFY(!isTold);
+    QVERIFY(warning.startsWith("Warn:OZPanel: ") && warning.contains(" WindowController "));
+    QCOMPARE(warning.count('\n'), 1);
+    // Without a selector nothing was asked for.
+    panel.setEndPanelSelector({});
+    QVERIFY(standardError([&] { panel.openPanelDidEnd({}, 1, nullptr); }).isEmpty());
 }
 
 void tst_OZPanel::cancellingTellsNothing_data()
@@ -985,25 +1072,44 @@ void tst_OZPanel::cancellingTellsNothing()
             dialog->close();
         QVERIFY(!dialog->isVisible());
     }
+    owner->record.leave.release(2);
     owner->asyncScope().close();
     QCOMPARE(owner->record.told().size(), 0);
 }
 
-void tst_OZPanel::onlyTheCodeOneIsAConfirmation()
+void tst_OZPanel::everyCodeButZeroIsAConfirmation()
 {
     const auto owner = makeOwner();
     OZPanel panel;
     panel.setOwer(owner.get());
-    for (const int code : {0, -1, 2, 1000}) {
-        panel.openPanelDidEnd({true, {}, {}}, code);
-        panel.savePanelDidEnd({false, {}, {}}, code);
+    panel.openPanelDidEnd({true, {QStringLiteral("/none")}, {}}, 0, nullptr);
+    panel.savePanelDidEnd({false, {QStringLiteral("/none")}, {}}, 0, nullptr);
+    for (const int code : {1, -1, 2, 1000}) {
+        panel.openPanelDidEnd({true, {QStringLiteral("/o")}, {}}, code, &panel);
+        QCOMPARE(next(owner->record).panel.path(), QStringLiteral("/o"));
+        panel.savePanelDidEnd({false, {QStringLiteral("/s")}, {}}, code, nullptr);
+        QCOMPARE(next(owner->record).panel.path(), QStringLiteral("/s"));
     }
-    panel.openPanelDidEnd({true, {QStringLiteral("/o")}, {}}, 1);
-    QCOMPARE(next(owner->record).panel.path(), QStringLiteral("/o"));
-    panel.savePanelDidEnd({false, {QStringLiteral("/s")}, {}}, 1);
-    QCOMPARE(next(owner->record).panel.path(), QStringLiteral("/s"));
+    owner->record.leave.release(2);
     owner->asyncScope().close();
-    QCOMPARE(owner->record.told().size(), 2);
+    QCOMPARE(owner->record.told().size(), 8);
+}
+
+// Any other code that a panel ends with cancels it.
+void tst_OZPanel::panelItselfIsConfirmedByOneOnly()
+{
+    const auto owner = makeOwner();
+    OZPanel panel;
+    panel.setOwer(owner.get());
+    for (const int code : {0, -1, 2}) {
+        QFileDialog *dialog = open(panel);
+        type(dialog, QStringLiteral("a.jpg"));
+        static_cast<QDialog *>(dialog)->QDialog::done(code);
+        QVERIFY(!shown());
+    }
+    owner->record.leave.release(3);
+    owner->asyncScope().close();
+    QCOMPARE(owner->record.told().size(), 0);
 }
 
 void tst_OZPanel::eachCompletedPanelHasAThreadOfItsOwn()
@@ -1011,8 +1117,8 @@ void tst_OZPanel::eachCompletedPanelHasAThreadOfItsOwn()
     const auto owner = makeOwner();
     OZPanel panel;
     panel.setOwer(owner.get());
-    panel.openPanelDidEnd({true, {QStringLiteral("/a")}, {}}, 1);
-    panel.savePanelDidEnd({false, {QStringLiteral("/b")}, {}}, 1);
+    panel.openPanelDidEnd({true, {QStringLiteral("/a")}, {}}, 1, nullptr);
+    panel.savePanelDidEnd({false, {QStringLiteral("/b")}, {}}, 1, nullptr);
     // Both are told at once: neither may leave before.
     QVERIFY(owner->record.arrived.try_acquire_for(patience));
     QVERIFY(owner->record.arrived.try_acquire_for(patience));
@@ -1049,7 +1155,7 @@ void tst_OZPanel::threadThatCannotStartIsDropped()
     OZPanel panel;
     panel.setOwer(owner.get());
     QCOMPARE(pthread_setattr_default_np(&huge), 0);
-    panel.openPanelDidEnd({}, 1);
+    panel.openPanelDidEnd({}, 1, nullptr);
     QCOMPARE(pthread_setattr_default_np(&before), 0);
     owner->asyncScope().close();
     QCOMPARE(owner->record.told().size(), 0);
@@ -1076,6 +1182,7 @@ void tst_OZPanel::wrapperThatGoesClosesItsPanel()
     panel.reset();
     QVERIFY(!shown());
     QMetaObject::invokeMethod(dialog, "accept");
+    owner->record.leave.release();
     owner->asyncScope().close();
     QCOMPARE(owner->record.told().size(), 0);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -1087,7 +1194,7 @@ void tst_OZPanel::wrapperMayGoWhileItsOwnerIsTold()
     const auto owner = makeOwner();
     auto panel = std::make_unique<OZPanel>();
     panel->setOwer(owner.get());
-    panel->openPanelDidEnd({true, {QStringLiteral("/a")}, {}}, 1);
+    panel->openPanelDidEnd({true, {QStringLiteral("/a")}, {}}, 1, nullptr);
     panel.reset();
     QCOMPARE(next(owner->record).panel.path(), QStringLiteral("/a"));
 }
@@ -1109,16 +1216,51 @@ void tst_OZPanel::ownerThatGoesClosesThePanel()
 
 void tst_OZPanel::ownerThatGoesIsNotTold()
 {
-    // Whole, or not at all: what a call would find of an owner half gone is for the sanitizers to see.
     OZPanel panel;
+    // Whole, or not at all: what a call would find of an owner half gone is for the sanitizers to see.
     for (int i = 0; i < 100; ++i) {
         Owner owner;
         owner.record.leave.release();
         panel.setOwer(&owner);
-        panel.openPanelDidEnd({true, {QStringLiteral("/x")}, {}}, 1);
+        panel.openPanelDidEnd({true, {QStringLiteral("/x")}, {}}, 1, nullptr);
     }
-    panel.openPanelDidEnd({}, 1);
     QCOMPARE(panel.ower(), nullptr);
+    std::atomic<int> calls = 0;
+    panel.setEndPanelSelector([&calls](const PanelResult &) { ++calls; });
+    {
+        Owner owner;
+        panel.setOwer(&owner);
+        owner.asyncScope().close();
+        panel.openPanelDidEnd({}, 1, nullptr);
+    }
+    panel.openPanelDidEnd({}, 1, nullptr);
+    panel.savePanelDidEnd({}, 1, nullptr);
+    QCOMPARE(calls, 0);
+}
+
+void tst_OZPanel::windowThatIsClosedCancelsThePanel()
+{
+    const auto owner = makeOwner();
+    OZPanel panel;
+    panel.setOwer(owner.get());
+    const QPointer<QFileDialog> opened = open(panel);
+    type(opened, QStringLiteral("a.jpg"));
+    owner->window()->close();
+    QVERIFY(!shown());
+    owner->showWindow();
+    const QPointer<QFileDialog> asking = save(panel);
+    QVERIFY(choose(asking, QStringLiteral("a.jpg")));
+    const QPointer<QMessageBox> question = asking->findChild<QMessageBox *>();
+    QVERIFY(question && question->isVisible());
+    owner->window()->close();
+    QVERIFY(!shown() && !question->isVisible());
+    owner->showWindow();
+    QVERIFY(!shown());
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(!opened && !asking && !question);
+    owner->record.leave.release(2);
+    owner->asyncScope().close();
+    QCOMPARE(owner->record.told().size(), 0);
 }
 
 void tst_OZPanel::windowThatGoesClosesThePanel()
@@ -1129,6 +1271,7 @@ void tst_OZPanel::windowThatGoesClosesThePanel()
     const QPointer<QFileDialog> dialog = open(panel);
     delete owner->window();
     QVERIFY(!dialog);
+    owner->record.leave.release();
     owner->asyncScope().close();
     QCOMPARE(owner->record.told().size(), 0);
 }

@@ -1,7 +1,11 @@
 #include "Classes/Mode/OZPanel.h"
 
+#include "Classes/Mode/Log/Log.h"
+
 #include <QDialogButtonBox>
+#include <QEvent>
 #include <QFileDialog>
+#include <QFileSystemModel>
 #include <QLabel>
 #include <QLayout>
 #include <QLineEdit>
@@ -52,6 +56,8 @@ public:
             selectFile(QFileInfo(panel.nameFieldStringValue()).fileName());
         if (isOpenPanel)
             watchTheChoice();
+        if (above)
+            above->installEventFilter(this);
     }
 
     PanelResult choice() const
@@ -76,6 +82,13 @@ protected:
             QFileDialog::accept();
     }
 
+    // A window that closes cancels its panel; one that is minimised keeps it.
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (watched == parentWidget() && event->type() == QEvent::Hide && !event->spontaneous())
+            reject();
+        return QFileDialog::eventFilter(watched, event);
+    }
     void hideEvent(QHideEvent *event) override
     {
         QFileDialog::hideEvent(event);
@@ -132,6 +145,12 @@ private:
         const auto *list = findChild<QListView *>(QStringLiteral("listView"));
         connect(list->selectionModel(), &QItemSelectionModel::selectionChanged, this,
                 &FilePanel::updateConfirmButton);
+        // A folder that is entered keeps the toolkit busy with the button until it is shown.
+        const auto *files = findChild<QFileSystemModel *>(QStringLiteral("qt_filesystem_model"));
+        connect(files, &QFileSystemModel::rootPathChanged, this, &FilePanel::updateConfirmButton,
+                Qt::QueuedConnection);
+        connect(this, &QFileDialog::directoryEntered, this, &FilePanel::updateConfirmButton,
+                Qt::QueuedConnection);
         updateConfirmButton();
     }
 
@@ -145,7 +164,8 @@ private:
     QStringList chosen() const
     {
         QStringList paths = selectedFiles();
-        if (paths.isEmpty() && m_isOpenPanel && m_canChooseDirectories)
+        // "Computer" lists the drives and is no folder.
+        if (paths.isEmpty() && m_canChooseDirectories && directory().isAbsolute())
             paths.append(directory().absolutePath());
         for (QString &path : paths)
             path = QDir::cleanPath(path);
@@ -304,8 +324,11 @@ void OZPanel::start(bool isOpenPanel)
 {
     auto *panel = new FilePanel(*this, isOpenPanel, m_ower ? m_ower->window() : nullptr);
     connect(panel, &QDialog::finished, this, [this, panel](int returnCode) {
+        if (returnCode != QDialog::Accepted)
+            return;
         const PanelResult choice = panel->choice();
-        choice.isOpenPanel ? openPanelDidEnd(choice, returnCode) : savePanelDidEnd(choice, returnCode);
+        choice.isOpenPanel ? openPanelDidEnd(choice, returnCode, nullptr)
+                           : savePanelDidEnd(choice, returnCode, nullptr);
     });
     const auto closeWith = [panel](const QObject *other) {
         connect(other, &QObject::destroyed, panel, &QWidget::hide);
@@ -317,15 +340,15 @@ void OZPanel::start(bool isOpenPanel)
     panel->open();
 }
 
-void OZPanel::openPanelDidEnd(const PanelResult &panel, int returnCode) const
+void OZPanel::openPanelDidEnd(const PanelResult &panel, int returnCode, void *) const
 {
-    if (returnCode == QDialog::Accepted)
+    if (returnCode != 0)
         tellOwner(panel);
 }
 
-void OZPanel::savePanelDidEnd(const PanelResult &panel, int returnCode) const
+void OZPanel::savePanelDidEnd(const PanelResult &panel, int returnCode, void *) const
 {
-    if (returnCode == QDialog::Accepted)
+    if (returnCode != 0)
         tellOwner(panel);
 }
 
@@ -334,8 +357,12 @@ void OZPanel::tellOwner(const PanelResult &panel) const
     auto *receiver = dynamic_cast<AsyncReceiver *>(m_ower.data());
     auto *open = dynamic_cast<OpenPanelReceiver *>(m_ower.data());
     auto *save = dynamic_cast<SavePanelReceiver *>(m_ower.data());
-    if (!receiver)
+    if (!receiver) {
+        if (m_ower && m_endPanelSelector)
+            logWarn("OZPanel: the owner %s is no AsyncReceiver, its endPanelSelector is not called",
+                    m_ower->metaObject()->className());
         return;
+    }
     // A result for which no thread can be had is dropped.
     AsyncScope &scope = receiver->asyncScope();
     if (m_endPanelSelector)

@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QPointer>
 #include <QStringList>
+#include <atomic>
 #include <functional>
 
 // What a person chose in a panel: copies, free to cross to another thread.
@@ -38,16 +39,16 @@ protected:
 
 // An open or save panel for a window controller: configured, run once or several times, and told to its owner
 // when it was confirmed. The panel belongs to the owner's window, which it blocks as a sheet does. It closes,
-// and nothing is told, when it is cancelled, or when the window, the owner or this object goes. Texts come
-// translated; a null one leaves what the panel has of its own. Everything is for the main thread but
-// runModel.
+// and nothing is told, when it is cancelled, when the window is closed, or when the window, the owner or this
+// object goes, even while the panel asks whether a file may be replaced. Texts come translated; a null one
+// leaves what the panel has of its own. Everything is for the main thread but runModel.
 class OZPanel : public QObject
 {
     Q_OBJECT
 
 public:
     // Called in place of endOpenPanel or endSavePanel, in the owner's scope: it may capture the owner, which
-    // then has to be an AsyncReceiver.
+    // has to be an AsyncReceiver. For any other owner it is not called, and a warning says so.
     using EndPanelSelector = std::function<void(const PanelResult &panel)>;
 
     explicit OZPanel(QObject *parent = nullptr);
@@ -109,10 +110,10 @@ public:
     void startOpenPanel();
     void startSavePanel();
 
-    // Tell the owner of a panel that ended with this code, which is 1 where it was confirmed. They are called
-    // by the panels.
-    void openPanelDidEnd(const PanelResult &panel, int returnCode) const;
-    void savePanelDidEnd(const PanelResult &panel, int returnCode) const;
+    // Tell the owner of a panel that ended with this code, which is any but 0 where it was confirmed. The
+    // panels call them with 1. The context is not used.
+    void openPanelDidEnd(const PanelResult &panel, int returnCode, void *contextInfo) const;
+    void savePanelDidEnd(const PanelResult &panel, int returnCode, void *contextInfo) const;
 
 private:
     void start(bool isOpenPanel);
@@ -127,7 +128,7 @@ private:
     QString m_nameFieldStringValue;
     QPointer<WindowController> m_ower;
     EndPanelSelector m_endPanelSelector;
-    bool m_isOpenPanel = false;
+    std::atomic<bool> m_isOpenPanel = false; // read by runModel on its caller's thread
     bool m_canChooseFiles = false;
     bool m_canChooseDirectories = false;
     bool m_allowsMultipleSelection = false;
