@@ -835,6 +835,7 @@ void tst_OZPanel::nameWithoutAFileIsNotTold()
 {
     QFETCH(QString, name);
     const auto owner = makeOwner();
+    owner->record.leave.release(1); // a test that fails ends, too
     OZPanel panel;
     panel.setOwer(owner.get());
     panel.setTypes({QStringLiteral("jpg")});
@@ -842,7 +843,6 @@ void tst_OZPanel::nameWithoutAFileIsNotTold()
     type(dialog, name);
     QMetaObject::invokeMethod(dialog, "accept");
     QVERIFY(shown());
-    owner->record.leave.release();
     owner->asyncScope().close();
     QCOMPARE(owner->record.told().size(), 0);
 }
@@ -860,7 +860,9 @@ void tst_OZPanel::nameCountsMoreThanASelectedFile()
     QTRY_VERIFY(row(dialog, "report").isValid());
     type(dialog, QStringLiteral("report"));
     auto *list = dialog->findChild<QListView *>(QStringLiteral("listView"));
-    list->selectionModel()->select(row(dialog, "report"), QItemSelectionModel::ClearAndSelect);
+    list->selectionModel()->select(row(dialog, "report"),
+                                   QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    QCOMPARE(dialog->selectedFiles(), QStringList{at("report")});
     QTest::mouseClick(confirm(dialog), Qt::LeftButton);
     QVERIFY(!shown());
     QCOMPARE(next(owner->record).panel.path(), at("report.jpg"));
@@ -1058,6 +1060,7 @@ void tst_OZPanel::cancellingTellsNothing()
 {
     QFETCH(int, way);
     const auto owner = makeOwner();
+    owner->record.leave.release(2); // a test that fails ends, too
     OZPanel panel;
     panel.setOwer(owner.get());
     for (const bool isOpenPanel : {true, false}) {
@@ -1072,7 +1075,6 @@ void tst_OZPanel::cancellingTellsNothing()
             dialog->close();
         QVERIFY(!dialog->isVisible());
     }
-    owner->record.leave.release(2);
     owner->asyncScope().close();
     QCOMPARE(owner->record.told().size(), 0);
 }
@@ -1099,6 +1101,7 @@ void tst_OZPanel::everyCodeButZeroIsAConfirmation()
 void tst_OZPanel::panelItselfIsConfirmedByOneOnly()
 {
     const auto owner = makeOwner();
+    owner->record.leave.release(3); // a test that fails ends, too
     OZPanel panel;
     panel.setOwer(owner.get());
     for (const int code : {0, -1, 2}) {
@@ -1107,7 +1110,6 @@ void tst_OZPanel::panelItselfIsConfirmedByOneOnly()
         static_cast<QDialog *>(dialog)->QDialog::done(code);
         QVERIFY(!shown());
     }
-    owner->record.leave.release(3);
     owner->asyncScope().close();
     QCOMPARE(owner->record.told().size(), 0);
 }
@@ -1176,13 +1178,13 @@ void tst_OZPanel::wrapperThatGoesClosesItsPanel()
 {
     const auto owner = makeOwner();
     auto panel = std::make_unique<OZPanel>();
+    owner->record.leave.release(1); // a test that fails ends, too
     panel->setOwer(owner.get());
     const QPointer<QFileDialog> dialog = open(*panel);
     type(dialog, QStringLiteral("a.jpg"));
     panel.reset();
     QVERIFY(!shown());
     QMetaObject::invokeMethod(dialog, "accept");
-    owner->record.leave.release();
     owner->asyncScope().close();
     QCOMPARE(owner->record.told().size(), 0);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -1251,6 +1253,7 @@ void tst_OZPanel::windowThatIsClosedCancelsThePanel()
     const QPointer<QFileDialog> asking = save(panel);
     QVERIFY(choose(asking, QStringLiteral("a.jpg")));
     const QPointer<QMessageBox> question = asking->findChild<QMessageBox *>();
+    owner->record.leave.release(2); // a test that fails ends, too
     QVERIFY(question && question->isVisible());
     owner->window()->close();
     QVERIFY(!shown() && !question->isVisible());
@@ -1258,7 +1261,6 @@ void tst_OZPanel::windowThatIsClosedCancelsThePanel()
     QVERIFY(!shown());
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QVERIFY(!opened && !asking && !question);
-    owner->record.leave.release(2);
     owner->asyncScope().close();
     QCOMPARE(owner->record.told().size(), 0);
 }
@@ -1266,12 +1268,12 @@ void tst_OZPanel::windowThatIsClosedCancelsThePanel()
 void tst_OZPanel::windowThatGoesClosesThePanel()
 {
     const auto owner = makeOwner();
+    owner->record.leave.release(1); // a test that fails ends, too
     OZPanel panel;
     panel.setOwer(owner.get());
     const QPointer<QFileDialog> dialog = open(panel);
     delete owner->window();
     QVERIFY(!dialog);
-    owner->record.leave.release();
     owner->asyncScope().close();
     QCOMPARE(owner->record.told().size(), 0);
 }
