@@ -9,6 +9,7 @@
 #include "platform/ui/Stepper.h"
 #include "platform/ui/WindowLevel.h"
 #include "tests/support/Fixtures.h"
+#include "tests/support/ProcessorTimer.h"
 #include "tests/support/TestBundle.h"
 #include "tests/support/TestCase.h"
 #include "text/ColorButtonCell.h"
@@ -16,7 +17,6 @@
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QInputMethodEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -613,7 +613,7 @@ void tst_PrivateView::scatteredRowsOfALongListMoveQuickly()
             QItemSelectionRange(m_view->model()->index(row, 0), m_view->model()->index(row, 1)));
     table()->selectionModel()->select(everySecond, QItemSelectionModel::ClearAndSelect);
     settle();
-    QElapsedTimer timer;
+    ProcessorTimer timer;
     timer.start();
     button("btnMoveUp")->click();
     settle();
@@ -885,7 +885,7 @@ void tst_PrivateView::tenThousandLinksAreEditedQuickly()
     m_view->resize(460, 400);
     m_view->show();
     select({9'000});
-    QElapsedTimer timer;
+    ProcessorTimer timer;
     timer.start();
     part("txtContent")->end(false);
     QTest::keyClicks(part("txtContent"), QStringLiteral("abcde"));
