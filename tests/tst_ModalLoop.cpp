@@ -8,6 +8,23 @@
 #include <QTimer>
 #include <QWindow>
 #include <functional>
+#include <memory>
+
+namespace
+{
+
+// What the toolkit does to a visible window that gets a part of another surface.
+class Renewed : public QWidget
+{
+public:
+    void makeAnew()
+    {
+        destroy();
+        create();
+    }
+};
+
+} // namespace
 
 class tst_ModalLoop : public TestCase
 {
@@ -22,6 +39,10 @@ private Q_SLOTS:
     void blocksOtherWindowsWhileItRuns();
     void visibleWindowStaysShownAllTheTime();
     void modalityIsBackAfterwards();
+    void staysModalWhenItsNativeWindowIsMadeAnew_data();
+    void staysModalWhenItsNativeWindowIsMadeAnew();
+    void standsAboveTheWindowThatWasActive();
+    void windowBelowMayGoMeanwhile();
     void destroyedWindowAborts();
     void endOfTheApplicationAborts();
     void abortReachesTheDialogsOfAWindow();
@@ -166,6 +187,89 @@ void tst_ModalLoop::modalityIsBackAfterwards()
     later([] { ModalLoop::stopModalWithCode(1); });
     QCOMPARE(ModalLoop::runModalForWindow(&sheet), 1);
     QCOMPARE(sheet.windowModality(), Qt::WindowModal);
+}
+
+void tst_ModalLoop::staysModalWhenItsNativeWindowIsMadeAnew_data()
+{
+    QTest::addColumn<bool>("wasVisible");
+    QTest::newRow("shown by the loop") << false;
+    QTest::newRow("shown before") << true;
+}
+
+void tst_ModalLoop::staysModalWhenItsNativeWindowIsMadeAnew()
+{
+    QFETCH(bool, wasVisible);
+    QWidget other;
+    other.show();
+    Renewed window;
+    window.setVisible(wasVisible);
+    bool wasMadeAnew = false;
+    later([&] {
+        const QPointer<QWindow> handle(window.windowHandle());
+        const QPointer<QWindow> below(handle->transientParent());
+        QVERIFY(QGuiApplication::modalWindow());
+        window.makeAnew();
+        QVERIFY(!handle && window.isVisible());
+        wasMadeAnew = true;
+        QVERIFY(QGuiApplication::modalWindow());
+        QCOMPARE(window.windowHandle()->transientParent(), below.data());
+        QPushButton button(&other);
+        button.show();
+        const QSignalSpy pressed(&button, &QPushButton::clicked);
+        QTest::mouseClick(other.windowHandle(), Qt::LeftButton, {}, QPoint(5, 5));
+        QCOMPARE(pressed.size(), 0);
+        QPushButton own(&window);
+        own.show();
+        const QSignalSpy pressedOwn(&own, &QPushButton::clicked);
+        QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, QPoint(5, 5));
+        QCOMPARE(pressedOwn.size(), 1);
+        ModalLoop::stopModalWithCode(1);
+    });
+    QCOMPARE(ModalLoop::runModalForWindow(&window), 1);
+    QVERIFY(wasMadeAnew);
+    QVERIFY(!window.windowHandle()->transientParent());
+    window.hide();
+    QVERIFY(!QGuiApplication::modalWindow());
+}
+
+void tst_ModalLoop::standsAboveTheWindowThatWasActive()
+{
+    QWidget host;
+    host.show();
+    host.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&host));
+    QWidget window;
+    QWidget dialog(&host, Qt::Dialog);
+    later([&] {
+        QCOMPARE(window.windowHandle()->transientParent(), host.windowHandle());
+        later([&] {
+            // One that belongs to a window already stays with it.
+            QCOMPARE(dialog.windowHandle()->transientParent(), host.windowHandle());
+            ModalLoop::stopModalWithCode(2);
+        });
+        QCOMPARE(ModalLoop::runModalForWindow(&dialog), 2);
+        dialog.hide();
+        ModalLoop::stopModalWithCode(1);
+    });
+    QCOMPARE(ModalLoop::runModalForWindow(&window), 1);
+    QVERIFY(!window.windowHandle()->transientParent());
+}
+
+void tst_ModalLoop::windowBelowMayGoMeanwhile()
+{
+    auto host = std::make_unique<QWidget>();
+    host->show();
+    host->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(host.get()));
+    Renewed window;
+    later([&] {
+        host.reset();
+        QVERIFY(!window.windowHandle()->transientParent());
+        window.makeAnew();
+        QVERIFY(!window.windowHandle()->transientParent());
+        ModalLoop::stopModalWithCode(1);
+    });
+    QCOMPARE(ModalLoop::runModalForWindow(&window), 1);
 }
 
 void tst_ModalLoop::destroyedWindowAborts()

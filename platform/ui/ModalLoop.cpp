@@ -4,6 +4,7 @@
 #include <QEventLoop>
 #include <QGuiApplication>
 #include <QPointer>
+#include <QWidget>
 #include <QWindow>
 #include <vector>
 
@@ -22,7 +23,7 @@ bool canBlockFromOutside()
 class Blocker : public QWindow
 {
 public:
-    explicit Blocker(QWindow *modal)
+    explicit Blocker(QWidget *modal)
         : m_modal(modal)
     {
         setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint);
@@ -34,14 +35,18 @@ protected:
     void focusInEvent(QFocusEvent *) override
     {
         if (m_modal)
-            m_modal->requestActivate();
+            m_modal->activateWindow();
     }
 
 private:
-    QPointer<QWindow> m_modal;
+    QPointer<QWidget> m_modal;
 };
 
-class ScopedModality
+// Makes a window modal for as long as one lives, and shows it. It stands above the window that was active
+// before. The toolkit may make the native window anew at any time, as for the first part of it that the
+// graphics hardware draws, and forgets its modality then: both are told to every native window before it is
+// shown.
+class ScopedModality : public QObject
 {
 public:
     explicit ScopedModality(QWidget *window)
@@ -49,33 +54,70 @@ public:
         , m_previous(window->windowModality())
         , m_wasSet(window->testAttribute(Qt::WA_SetWindowModality))
     {
+        if (!window->parentWidget() && !transientParent())
+            m_parent = activeWindow();
+        window->installEventFilter(this);
         if (!window->isVisible())
             set(Qt::ApplicationModal, true);
         else if (m_previous != Qt::ApplicationModal && canBlockFromOutside())
             blockOthers();
         else if (m_previous != Qt::ApplicationModal)
             setWhileHidden(Qt::ApplicationModal, true);
+        tellHandle();
         window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
         window->show();
         window->raise();
         window->activateWindow();
     }
 
-    ~ScopedModality()
+    ~ScopedModality() override
     {
-        if (m_blocker) {
+        if (!m_window)
+            return;
+        m_window->removeEventFilter(this);
+        if (m_parent && transientParent() == m_parent)
+            m_window->windowHandle()->setTransientParent(m_previousParent);
+        if (m_blocker)
             m_blocker->hide();
-            if (m_handle && m_handle->transientParent() == m_blocker.get())
-                m_handle->setTransientParent(m_transientParent);
-        } else if (m_window && m_window->windowModality() != m_previous) {
+        else if (m_window->windowModality() != m_previous)
             setWhileHidden(m_previous, m_wasSet);
-        } else if (m_window) {
+        else
             m_window->setAttribute(Qt::WA_SetWindowModality, m_wasSet);
-        }
     }
     Q_DISABLE_COPY_MOVE(ScopedModality)
 
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (watched == m_window && event->type() == QEvent::WinIdChange)
+            tellHandle();
+        return false;
+    }
+
 private:
+    QWindow *transientParent() const
+    {
+        const QWindow *handle = m_window->windowHandle();
+        return handle ? handle->transientParent() : nullptr;
+    }
+
+    QWindow *activeWindow() const
+    {
+        QWindow *active = QGuiApplication::focusWindow();
+        while (active && active->parent())
+            active = active->parent();
+        return active && active->isVisible() && active != m_window->windowHandle() ? active : nullptr;
+    }
+
+    void tellHandle()
+    {
+        QWindow *handle = m_window->windowHandle();
+        if (!handle)
+            return;
+        handle->setModality(m_window->windowModality());
+        if (m_parent)
+            handle->setTransientParent(m_parent);
+    }
+
     void set(Qt::WindowModality modality, bool isSet)
     {
         m_window->setWindowModality(modality);
@@ -92,12 +134,12 @@ private:
             m_window->show();
     }
 
+    // A window that is made anew meanwhile still has the blocker for its parent.
     void blockOthers()
     {
-        m_handle = m_window->windowHandle();
-        m_transientParent = m_handle->transientParent();
-        m_blocker = std::make_unique<Blocker>(m_handle);
-        m_handle->setTransientParent(m_blocker.get());
+        m_previousParent = transientParent();
+        m_blocker = std::make_unique<Blocker>(m_window);
+        m_parent = m_blocker.get();
         m_blocker->show();
     }
 
@@ -105,8 +147,8 @@ private:
     Qt::WindowModality m_previous;
     bool m_wasSet;
     std::unique_ptr<QWindow> m_blocker;
-    QPointer<QWindow> m_handle;
-    QPointer<QWindow> m_transientParent;
+    QPointer<QWindow> m_parent; // above which the window stands meanwhile; null when nothing changes that
+    QPointer<QWindow> m_previousParent;
 };
 
 bool belongsTo(const QWidget *widget, const QWidget *window)

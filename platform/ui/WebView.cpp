@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QOpenGLContext>
 #include <QPointer>
+#include <QQuickWidget>
 #include <QVBoxLayout>
 #include <QWebEngineLoadingInfo>
 #include <QWebEngineView>
@@ -33,6 +34,17 @@ bool isRootInsideSandbox()
 #endif
 }
 
+// The engine draws through a Quick widget, which composes its window by the graphics hardware. A window that
+// meets its first one when it is already on the screen is taken off and made anew, without its modality and
+// its place among the others; one that has it from the start is made right. This one is never shown and
+// starts nothing.
+void giveSurface(QWidget *view)
+{
+    auto *surface = new QQuickWidget(view);
+    surface->setAcceptDrops(false);
+    surface->hide();
+}
+
 } // namespace
 
 WebView::WebView(QWidget *parent)
@@ -43,6 +55,9 @@ WebView::WebView(QWidget *parent)
     m_coverTimer.setSingleShot(true);
     m_coverTimer.setInterval(coverLimit);
     connect(&m_coverTimer, &QTimer::timeout, this, &WebView::uncover);
+    // Without shared contexts the engine will draw in software, into a window like any other.
+    if (QOpenGLContext::globalShareContext() && !isRootInsideSandbox())
+        giveSurface(this);
 }
 
 // Views go before the profile that their pages use.

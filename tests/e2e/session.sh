@@ -69,7 +69,7 @@ start_host() { # start_host HOST ARGUMENT...
 }
 
 # The place of a part of the window: its last line counts.
-place() { awk -v name="$1" '$1 == name { line = $2 " " $3 " " $4 " " $5 } END { print line }' "$geometry"; }
+place() { awk -v name="$1" '$1 == name { line = $2 " " $3 " " $4 " " $5 } END { print line }' "$geometry" 2>/dev/null; }
 click() {
     local x y w h
     read -r x y w h <<<"$(place "$1")"
