@@ -106,7 +106,7 @@ bool PrivateView::savePrivateSetting(const pugi::xml_node &element) const
 
 bool PrivateView::onSave(QObject *)
 {
-    if (!File::isFolder(m_workSpace))
+    if (!m_isEditable || !File::isFolder(m_workSpace))
         return false;
     const auto result = LinkListDocument::save(settings(), settingFileInWorkspace(), settingFileInApp());
     if (result == LinkListDocument::SaveResult::NoDocument)
@@ -133,7 +133,7 @@ QString PrivateView::settingFileInApp() const
 
 bool PrivateView::saveFile2Workspace(const QString &path)
 {
-    return LinkListDocument::saveFile2Workspace(path, m_workSpace);
+    return m_isEditable && LinkListDocument::saveFile2Workspace(path, m_workSpace);
 }
 
 void PrivateView::paintEvent(QPaintEvent *)

@@ -56,13 +56,14 @@ public:
     // list.
     bool savePrivateSetting(const pugi::xml_node &element) const;
 
-    // Saves the document and asks the owner to save the global settings. False, and nothing is done, without
-    // a workspace folder or without any document that can be read; false also when the file could not be
-    // written, of which the owner is told all the same.
+    // Saves the document and asks the owner to save the global settings. False, and nothing is done, once
+    // editing has ended, without a workspace folder or without any document that can be read; false also when
+    // the file could not be written, of which the owner is told all the same.
     bool onSave(QObject *sender = nullptr);
 
     QString settingFileInWorkspace() const;
     QString settingFileInApp() const;
+    // Copies a file into the workspace, while that may be edited.
     bool saveFile2Workspace(const QString &path);
     // Files in the workspace that the list refers to, by relative names. A list of links refers to none.
     QStringList locateFiles() const { return m_files; }
@@ -125,7 +126,8 @@ public:
 
     // Commits what is still being edited and saves it where that changed something.
     void commitEditing();
-    // After this nothing that the fields tell is saved any more; for a window that is about to go.
+    // After this nothing is saved any more, whoever asks for it; for a window that is about to close. What a
+    // closed window still shows is not what the workspace holds.
     void endEditing();
 
     const LinkListModel *model() const { return m_model; }

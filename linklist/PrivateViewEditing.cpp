@@ -446,7 +446,7 @@ void PrivateView::onChangeColor(ColorButtonCell *button)
         return;
     const bool isChosen = response == chosenMode;
     cell->setBackgroundColor(isChosen ? chooser.color() : before.value_or(Color()));
-    if (isChosen && m_isEditable)
+    if (isChosen)
         onSave();
 }
 

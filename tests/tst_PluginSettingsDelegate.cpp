@@ -9,6 +9,7 @@
 #include "platform/ui/Matrix.h"
 #include "platform/ui/ModalLoop.h"
 #include "platform/ui/Slider.h"
+#include "platform/ui/Stepper.h"
 #include "tests/support/Fixtures.h"
 #include "tests/support/TestBundle.h"
 #include "tests/support/TestCase.h"
@@ -18,9 +19,11 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QProcess>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QTableView>
 #include <QTemporaryFile>
 #include <QTimer>
 #include <QWindow>
@@ -62,6 +65,9 @@ private Q_SLOTS:
     void sessionDroppedWithItsWindowOpenKeepsItsBackup();
     void workspaceStaysOnceTheWindowIsLoaded();
     void buttonsOfAnEndedSessionCloseTheWindow();
+    void closedSessionWritesNothing_data();
+    void closedSessionWritesNothing();
+    void nothingIsWrittenWhileTheCloseIsHeldBack();
     void relativeBundlePathStaysTheSameFolder();
     void tabWalksTheWindowInReadingOrder();
     void missingInterfaceElementsAreHarmless();
@@ -492,6 +498,155 @@ void tst_PluginSettingsDelegate::buttonsOfAnEndedSessionCloseTheWindow()
     QVERIFY(!controller->window()->isVisible());
     QCOMPARE(controller->closeMode(), 1);
     QCOMPARE(Fixtures::tree(m_bundle->workSpace()), published);
+}
+
+void tst_PluginSettingsDelegate::closedSessionWritesNothing_data()
+{
+    QTest::addColumn<QByteArray>("button");
+    QTest::addColumn<QByteArray>("answer");
+    QTest::newRow("OK") << QByteArray("btnOK") << QByteArray();
+    QTest::newRow("Cancel") << QByteArray("btnCancel") << QByteArray();
+    QTest::newRow("close box, apply") << QByteArray() << QByteArray("btnAlertFirst");
+    QTest::newRow("close box, revert") << QByteArray() << QByteArray("btnAlertSecond");
+}
+
+void tst_PluginSettingsDelegate::closedSessionWritesNothing()
+{
+    QFETCH(QByteArray, button);
+    QFETCH(QByteArray, answer);
+    const auto controller = open();
+    controller->showWindow();
+    PrivateView *list = controller->privateView();
+    auto *table = part<QTableView>(*controller, "tableView");
+    const auto click = [&](const char *name) { part<QAbstractButton>(*controller, name)->click(); };
+    const auto select = [&](int row) {
+        table->selectRow(row);
+        QCoreApplication::processEvents();
+    };
+    type(field(*controller, "txtTitleContent"), "Edited");
+    if (answer.isNull()) {
+        click(button.constData());
+    } else {
+        this->answer(answer.constData());
+        controller->window()->close();
+    }
+    QVERIFY(controller->isCloseBundle());
+
+    controller->showWindow();
+    QVERIFY(QTest::qWaitForWindowExposed(controller->window()));
+    const QString outside = m_bundle->path() + QStringLiteral("/picture.png");
+    put(outside, "x");
+    const std::pair<const char *, std::function<void()>> steps[] = {
+        {"typing",
+         [&] {
+             select(1);
+             for (QLineEdit *edit : controller->window()->findChildren<QLineEdit *>()) {
+                 type(edit, "5");
+                 QTest::keyClick(edit, Qt::Key_Return);
+             }
+         }},
+        {"slider", [&] { part<Slider>(*controller, "sldTrans")->setValue(4200); }},
+        {"steppers",
+         [&] {
+             part<Stepper>(*controller, "stTitleFontSize")->stepUp();
+             part<Stepper>(*controller, "stBodyFontSize")->stepUp();
+         }},
+        {"layer",
+         [&] {
+             click("cellBelow");
+             click("cellAbove");
+         }},
+        {"frame",
+         [&] {
+             QTest::keyClick(part<PositionView>(*controller, "positionView")->objectView(), Qt::Key_Left);
+         }},
+        {"Default", [&] { click("btnDefault"); }},
+        {"Add", [&] { click("btnAdd"); }},
+        {"cell",
+         [&] {
+             table->edit(table->model()->index(0, 0));
+             auto *editor = table->viewport()->findChild<QLineEdit *>();
+             QTest::keyClicks(editor, QStringLiteral("late"));
+             QTest::keyClick(editor, Qt::Key_Return);
+         }},
+        {"Move up",
+         [&] {
+             select(1);
+             click("btnMoveUp");
+         }},
+        {"Move down",
+         [&] {
+             select(1);
+             click("btnMoveDown");
+         }},
+        {"drop",
+         [&] {
+             const std::unique_ptr<QMimeData> rows(list->model()->mimeData({list->model()->index(0, 0)}));
+             QVERIFY(table->model()->dropMimeData(rows.get(), Qt::MoveAction, 3, 0, {}));
+         }},
+        {"Remove",
+         [&] {
+             select(0);
+             this->answer("btnAlertFirst");
+             click("btnRemove");
+         }},
+        {"colour",
+         [&] {
+             this->answer("btnColorChoose");
+             click("btnTitleFontColor");
+         }},
+        {"Save", [&] { click("btnSave"); }},
+        {"a file for the workspace", [&] { QVERIFY(!list->saveFile2Workspace(outside)); }},
+        {"what a program asks",
+         [&] {
+             QVERIFY(!list->onSave());
+             list->commitEditing();
+             controller->saveGlobalSettings();
+             controller->didChangedPositionView();
+             controller->onTransparency();
+         }},
+    };
+    const auto ended = Fixtures::tree(m_bundle->workSpace());
+    auto before = ended;
+    QStringList writers;
+    for (const auto &[name, step] : steps) {
+        step();
+        QCoreApplication::processEvents();
+        if (Fixtures::tree(m_bundle->workSpace()) == before)
+            continue;
+        writers += QString::fromUtf8(name);
+        put(m_bundle->inWorkSpace("linklist.xml"), ended[QStringLiteral("linklist.xml")]);
+        before = Fixtures::tree(m_bundle->workSpace());
+    }
+    QCOMPARE(writers.join(QStringLiteral(", ")), QString());
+    controller->window()->close(); // asks nothing any more
+    QCOMPARE(Fixtures::tree(m_bundle->workSpace()), ended);
+}
+
+// A host may hold a close back.
+class CloseStopper : public QObject
+{
+public:
+    bool eventFilter(QObject *, QEvent *event) override { return event->type() == QEvent::Close; }
+};
+
+void tst_PluginSettingsDelegate::nothingIsWrittenWhileTheCloseIsHeldBack()
+{
+    for (const char *button : {"btnOK", "btnCancel"}) {
+        const auto controller = open();
+        type(field(*controller, "txtTitleContent"), "Edited");
+        CloseStopper stopper;
+        controller->window()->installEventFilter(&stopper);
+        part<QAbstractButton>(*controller, button)->click();
+        QVERIFY(!controller->isCloseBundle());
+        const auto decided = Fixtures::tree(m_bundle->workSpace());
+        part<QAbstractButton>(*controller, "btnAdd")->click();
+        type(field(*controller, "txtLeft"), "5");
+        QCOMPARE(Fixtures::tree(m_bundle->workSpace()), decided);
+        controller->window()->removeEventFilter(&stopper);
+        controller->window()->close();
+        QVERIFY(controller->isCloseBundle());
+    }
 }
 
 void tst_PluginSettingsDelegate::relativeBundlePathStaysTheSameFolder()

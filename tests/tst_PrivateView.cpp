@@ -289,11 +289,16 @@ void tst_PrivateView::saveButtonSaves()
 
 void tst_PrivateView::nothingIsSavedAfterEditingEnded()
 {
+    const QByteArray before = document();
     m_view->endEditing();
     QTest::keyClicks(part("txtTitleContent"), QStringLiteral("late"));
     part<Stepper>("stBodyFontSize")->stepUp();
     m_view->commitEditing();
+    m_view->onAdd();
+    QVERIFY(!m_view->onSave());
+    QVERIFY(!m_view->saveFile2Workspace(m_bundle->resource("data/linklist.xml")));
     QCOMPARE(m_owner.saves, 0);
+    QCOMPARE(document(), before);
 }
 
 void tst_PrivateView::missingOutletKeepsItsValue()

@@ -271,12 +271,19 @@ void PluginSettingsDelegate::onOK(QObject *)
         File::write(inWorkspace("files"), files.join(u'\n').toUtf8());
         stripWorkspace(files);
     }
-    // From here on the workspace is what a published book carries; the fields of the closing window write no
-    // more.
-    m_isEnding = true;
+    endEditing(); // from here on the workspace is what a published book carries
     m_isOKCancelButton = true;
     m_closeMode = applyMode;
     window()->close();
+}
+
+// Nothing is written into the workspace any more, whatever the window is asked: neither while it closes nor
+// when a host shows it once more.
+void PluginSettingsDelegate::endEditing()
+{
+    m_isEnding = true;
+    if (m_privateView)
+        m_privateView->endEditing();
 }
 
 // The buttons of a window that a host shows once more close it and do nothing else: its session is over.
@@ -305,7 +312,7 @@ void PluginSettingsDelegate::onCancel(QObject *)
 {
     if (closeAgain())
         return;
-    m_isEnding = true;
+    endEditing();
     m_isOKCancelButton = true;
     m_closeMode = revertMode;
     window()->close();
@@ -346,9 +353,7 @@ void PluginSettingsDelegate::windowWillClose()
             return;
         m_closeMode = isApplied ? applyMode : revertMode;
     }
-    m_isEnding = true;
-    if (m_privateView)
-        m_privateView->endEditing();
+    endEditing();
     endPreview();
     if (m_closeMode == applyMode)
         clearBackupSettings();

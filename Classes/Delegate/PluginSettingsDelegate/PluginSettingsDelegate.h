@@ -128,6 +128,7 @@ private:
     void endPreview();
     static void openInBrowser(const QUrl &url);
     bool savePreviewPage() const;
+    void endEditing();
     bool closeAgain();
     void stripWorkspace(const QStringList &files) const;
     void arrangeButtons();
