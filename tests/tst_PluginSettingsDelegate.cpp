@@ -65,6 +65,7 @@ private Q_SLOTS:
     void sessionDroppedWithItsWindowOpenKeepsItsBackup();
     void workspaceStaysOnceTheWindowIsLoaded();
     void buttonsOfAnEndedSessionCloseTheWindow();
+    void closeDoesItsWorkWhateverIsCloseBundleWasSetTo();
     void closedSessionWritesNothing_data();
     void closedSessionWritesNothing();
     void nothingIsWrittenWhileTheCloseIsHeldBack();
@@ -498,6 +499,34 @@ void tst_PluginSettingsDelegate::buttonsOfAnEndedSessionCloseTheWindow()
     QVERIFY(!controller->window()->isVisible());
     QCOMPARE(controller->closeMode(), 1);
     QCOMPARE(Fixtures::tree(m_bundle->workSpace()), published);
+}
+
+void tst_PluginSettingsDelegate::closeDoesItsWorkWhateverIsCloseBundleWasSetTo()
+{
+    const auto controller = open();
+    const auto before = Fixtures::tree(m_bundle->workSpace());
+    controller->setIsCloseBundle(true);
+    type(field(*controller, "txtTitleContent"), "Edited");
+    answer("btnAlertSecond");
+    controller->window()->close();
+    QVERIFY(m_wasAsked);
+    QCOMPARE(Fixtures::tree(m_bundle->workSpace()), before);
+    QVERIFY(!File::exists(controller->backupSettingPath()));
+
+    // And the second close of a session that has ended does nothing of it.
+    controller->setIsCloseBundle(false);
+    m_wasAsked = false;
+    QTimer::singleShot(0, this, [this] {
+        if (QWidget *question = QApplication::activeModalWidget()) {
+            m_wasAsked = true;
+            question->close();
+        }
+    });
+    controller->window()->close();
+    QCoreApplication::processEvents();
+    QVERIFY(!m_wasAsked);
+    QVERIFY(!controller->isCloseBundle());
+    QCOMPARE(Fixtures::tree(m_bundle->workSpace()), before);
 }
 
 void tst_PluginSettingsDelegate::closedSessionWritesNothing_data()

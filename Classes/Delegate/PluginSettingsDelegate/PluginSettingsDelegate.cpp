@@ -335,7 +335,7 @@ void PluginSettingsDelegate::onDefaultSetting(QObject *)
 void PluginSettingsDelegate::windowWillClose()
 {
     m_repeatTimer.reset();
-    if (m_isCloseBundle) {
+    if (m_hasClosed) {
         ModalLoop::stopModalWithCode(m_closeMode);
         return;
     }
@@ -359,6 +359,7 @@ void PluginSettingsDelegate::windowWillClose()
         clearBackupSettings();
     else
         undoSettings();
+    m_hasClosed = true;
     m_isCloseBundle = true;
     ModalLoop::stopModalWithCode(m_closeMode);
 }

@@ -49,7 +49,7 @@ public:
     QString bundlePath() const { return m_bundlePath; }
     void setBundlePath(const QString &bundlePath) { m_bundlePath = bundlePath; }
 
-    // True once the window has closed.
+    // True once the window has closed. Setting it tells others so and changes nothing of the close.
     bool isCloseBundle() const { return m_isCloseBundle; }
     void setIsCloseBundle(bool isCloseBundle) { m_isCloseBundle = isCloseBundle; }
 
@@ -144,6 +144,7 @@ private:
     WorkspaceBackup m_backup;
     bool m_isOKCancelButton = false;
     bool m_isEnding = false;
+    bool m_hasClosed = false;
     bool m_isChange = false; // the workspace has changed since the preview was last refreshed
     bool m_isNeedReload = false; // the preview is reloaded once its next load has finished
     std::unique_ptr<RunLoopTimer> m_repeatTimer;
