@@ -61,7 +61,7 @@ public:
 
     // A new session; empty when the bundle has no interface file for the window. The language code names a
     // language folder of the bundle ("en", "de", …); the first session's language stays that of the process.
-    // A null bundle path stands for the application's own bundle.
+    // A null or empty bundle path stands for the application's own bundle.
     virtual std::unique_ptr<PluginSettings> initWithLanguageCode(const QString &languageCode,
                                                                  const QString &bundlePath)
         = 0;

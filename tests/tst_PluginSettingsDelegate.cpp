@@ -44,6 +44,7 @@ private Q_SLOTS:
 
     // The session.
     void nilLanguageCodeLeavesTheProcessesLanguage();
+    void nilBundlePathMakesTheMainBundleThePlugInsBundle_data();
     void nilBundlePathMakesTheMainBundleThePlugInsBundle();
     void bundleWithoutInterfaceFilesGivesNoSession();
     void brokenInterfaceFileGivesNoWindow();
@@ -177,9 +178,21 @@ void tst_PluginSettingsDelegate::nilLanguageCodeLeavesTheProcessesLanguage()
     QCOMPARE(defaultLanguageCode(), QStringLiteral("ja"));
 }
 
+void tst_PluginSettingsDelegate::nilBundlePathMakesTheMainBundleThePlugInsBundle_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::newRow("nil") << QString();
+    QTest::newRow("empty") << QStringLiteral("");
+}
+
 void tst_PluginSettingsDelegate::nilBundlePathMakesTheMainBundleThePlugInsBundle()
 {
-    const auto controller = Controller::initWithLanguageCode(QStringLiteral("en"), QString());
+    QFETCH(QString, path);
+    // Somebody's bundle is the folder where the process stands.
+    const QString previous = QDir::currentPath();
+    QVERIFY(QDir::setCurrent(m_bundle->path()));
+    const auto controller = Controller::initWithLanguageCode(QStringLiteral("en"), path);
+    QVERIFY(QDir::setCurrent(previous));
     QCOMPARE(defaultBundlePath(), Bundle::mainBundle().path());
     QVERIFY(!defaultBundlePath().isEmpty());
     QVERIFY(!controller); // this program has no interface files of its own

@@ -68,7 +68,7 @@ PluginSettingsDelegate::initWithLanguageCode(const QString &languageCode, const 
         setDefaultLanguageCode(languageCode);
     // Absolute, so that it stays the same folder wherever the host goes.
     const QString path
-        = bundlePath.isNull() ? Bundle::mainBundle().path() : QDir().absoluteFilePath(bundlePath);
+        = bundlePath.isEmpty() ? Bundle::mainBundle().path() : QDir().absoluteFilePath(bundlePath);
     setDefaultBundlePath(path);
 
     std::unique_ptr<PluginSettingsDelegate> controller(new PluginSettingsDelegate);

@@ -37,7 +37,7 @@ public:
     static void registerInterfaceClasses();
 
     // Empty when there is no interface file for the window. A nil language leaves the process's language as
-    // it is, a nil bundle path stands for the main bundle.
+    // it is, a nil or empty bundle path stands for the main bundle.
     static std::unique_ptr<PluginSettingsDelegate> initWithLanguageCode(const QString &languageCode,
                                                                         const QString &bundlePath);
     ~PluginSettingsDelegate() override;
