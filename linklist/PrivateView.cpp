@@ -14,7 +14,6 @@
 #include <QLineEdit>
 #include <QPainter>
 #include <QTableView>
-#include <exception>
 
 PrivateView::PrivateView(QWidget *parent)
     : QWidget(parent)
@@ -114,7 +113,7 @@ bool PrivateView::onSave(QObject *)
     try {
         if (m_ower)
             m_ower->saveGlobalSettings();
-    } catch (const std::exception &) {
+    } catch (...) {
         // The list is saved all the same, and nothing may leave an event handler.
     }
     return result == LinkListDocument::SaveResult::Saved;
