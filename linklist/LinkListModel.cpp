@@ -72,6 +72,15 @@ void LinkListModel::remove(const QList<int> &rows)
     }
 }
 
+void LinkListModel::clear()
+{
+    if (m_items.isEmpty())
+        return;
+    beginRemoveRows({}, 0, int(m_items.size()) - 1);
+    m_items.clear();
+    endRemoveRows();
+}
+
 // Moves `count` rows so that they stand before what is row `destination` now.
 void LinkListModel::moveBlock(int first, int count, int destination)
 {

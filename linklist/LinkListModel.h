@@ -24,6 +24,7 @@ public:
     void append(const QList<LinkItem> &items);
     // Removes the rows; nothing when the first is past the end.
     void remove(const QList<int> &rows);
+    void clear();
 
     // Gathers the rows, in their order, into one block that begins above the first of them, or that ends one
     // row below the last. Answers the block's rows; empty, and nothing moved, when there is no room on that

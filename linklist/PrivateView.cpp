@@ -14,6 +14,7 @@
 #include <QLineEdit>
 #include <QPainter>
 #include <QTableView>
+#include <utility>
 
 PrivateView::PrivateView(QWidget *parent)
     : QWidget(parent)
@@ -47,6 +48,7 @@ void PrivateView::findOutlets()
 void PrivateView::loadDispInfo()
 {
     m_files.clear();
+    m_model->clear();
     findOutlets();
     PluginSettingsInfo info;
     info.setWorkSpace(m_workSpace);
@@ -57,9 +59,11 @@ void PrivateView::loadDispInfo()
     if (const std::unique_ptr<pugi::xml_document> document = info.getXMLFromWorkspace())
         loadPrivateSetting(document->document_element());
 
-    connectFields();
-    connectButtons();
-    setUpTable();
+    if (!std::exchange(m_isConnected, true)) {
+        connectFields();
+        connectButtons();
+        setUpTable();
+    }
     addDragDetection();
     refreshEditInfo();
 }

@@ -47,7 +47,8 @@ public:
     PrivateViewDelete *ower() const { return m_ower; }
     void setOwer(PrivateViewDelete *ower) { m_ower = ower; }
 
-    // Once, after workspace, bundle and owner are set: prepares the workspace and shows its document.
+    // After workspace, bundle and owner are set: prepares the workspace and shows its document. A second time
+    // shows it anew.
     void loadDispInfo();
 
     // Shows a parsed document, given its root; its items are added behind those that are there.
@@ -165,6 +166,7 @@ private:
     QStringList m_files;
     LinkListModel *m_model;
     bool m_isEditable = true;
+    bool m_isConnected = false;
 
     QPointer<QLineEdit> m_titleContent;
     FontSize m_titleSize;

@@ -25,6 +25,7 @@ private Q_SLOTS:
     void editedLinkIsNormalised();
     void forbiddenCharactersAreDropped();
     void removesScatteredRowsAtOnce();
+    void clearingRemovesEveryRowAtOnce();
     void rowsPastTheEndAreLeftOut();
     void moveUpGathersAboveTheFirst();
     void moveUpAtTheTopDoesNothing();
@@ -186,6 +187,22 @@ void tst_LinkListModel::removesScatteredRowsAtOnce()
     QCOMPARE(removed.count(), 3);
     model->remove({});
     QCOMPARE(removed.count(), 3);
+}
+
+void tst_LinkListModel::clearingRemovesEveryRowAtOnce()
+{
+    const auto model = makeModel(QStringLiteral("ABC"));
+    const QPersistentModelIndex second(model->index(1, 0));
+    QMimeData dragged;
+    model->writeRowsWithIndexes({0}, &dragged);
+    QSignalSpy removed(model.get(), &QAbstractItemModel::rowsRemoved);
+    model->clear();
+    QCOMPARE(model->rowCount(), 0);
+    QCOMPARE(removed.count(), 1);
+    QVERIFY(!second.isValid());
+    QCOMPARE(model->validateDrop(&dragged), Qt::IgnoreAction);
+    model->clear();
+    QCOMPARE(removed.count(), 1);
 }
 
 void tst_LinkListModel::rowsPastTheEndAreLeftOut()

@@ -1,3 +1,4 @@
+#include "Classes/Delegate/DragDrop/DragDeleteView.h"
 #include "Classes/Delegate/PluginSettingsDelegate/PluginSettingsDelegate.h"
 #include "Classes/Mode/Locale.h"
 #include "Classes/Mode/SelectedLanguage.h"
@@ -20,7 +21,9 @@
 #include <QInputMethodEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QTableView>
 #include <QTimer>
 #include <algorithm>
@@ -47,6 +50,7 @@ private Q_SLOTS:
     void cleanup();
     void showsTheDocument();
     void loadingAppendsItems();
+    void setUpTwiceShowsAndConnectsEverythingOnce();
     void typedHeadingSavesAtOnce();
     void sizesTakeDigitsAloneAndMoveTheStepper();
     void stepperWritesItsNumber();
@@ -389,8 +393,73 @@ void tst_PrivateView::answer(const char *choice)
     });
 }
 
+static QLineEdit *cellEditor(QTableView *table)
+{
+    return table->viewport()->findChild<QLineEdit *>();
+}
+
 static const QStringList fiveTitles = {QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C"),
                                        QStringLiteral("D"), QStringLiteral("E")};
+
+void tst_PrivateView::setUpTwiceShowsAndConnectsEverythingOnce()
+{
+    load(fiveTitles);
+    QWidget window;
+    m_view->setParent(&window);
+    const auto leave = qScopeGuard([this] { m_view->setParent(nullptr); });
+    window.show();
+    QApplication::setActiveWindow(&window);
+    select({1});
+    m_view->loadDispInfo();
+    settle();
+    QCOMPARE(titles(), QStringLiteral("ABCDE"));
+    QVERIFY(!part("txtContent")->isEnabled()); // the row that was selected is gone
+    QVERIFY(!button("btnRemove")->isEnabled());
+    QCOMPARE(window.findChildren<DragDeleteDetectView *>().size(), 1);
+    QCOMPARE(table()->viewport()->findChildren<QLabel *>().size(), 1);
+    QCOMPARE(m_owner.saves, 0);
+
+    const auto saves = [this](const auto &edit) {
+        m_owner.saves = 0;
+        edit();
+        settle();
+        return m_owner.saves;
+    };
+    QCOMPARE(saves([&] { QTest::keyClicks(part("txtTitleContent"), QStringLiteral("x")); }), 1);
+    QCOMPARE(saves([&] { QTest::keyClicks(part("txtBodyFontSize"), QStringLiteral("1")); }), 1);
+    QCOMPARE(saves([&] { part<Stepper>("stBodyFontSize")->stepDown(); }), 1);
+    QCOMPARE(saves([&] { button("btnSave")->click(); }), 1);
+    QCOMPARE(saves([&] { button("btnAdd")->click(); }), 1);
+    QCOMPARE(titles(), QStringLiteral("ABCDEtitle"));
+    QCOMPARE(saves([&] { button("btnMoveUp")->click(); }), 1);
+    QCOMPARE(saves([&] { button("btnMoveDown")->click(); }), 1);
+    QCOMPARE(saves([&] {
+                 answer("btnAlertFirst");
+                 button("btnRemove")->click();
+             }),
+             1);
+    QCOMPARE(m_questions, 1);
+    QCOMPARE(titles(), QStringLiteral("ABCDE"));
+    select({1});
+    QCOMPARE(saves([&] { QTest::keyClicks(part("txtContent"), QStringLiteral("x")); }), 1);
+    QCOMPARE(saves([&] {
+                 table()->edit(m_view->model()->index(0, 0));
+                 cellEditor(table())->setText(QStringLiteral("a"));
+                 m_view->commitEditing();
+             }),
+             1);
+    QCOMPARE(saves([&] {
+                 QMimeData rows;
+                 m_view->model()->writeRowsWithIndexes({0}, &rows);
+                 QVERIFY(m_view->acceptDrop(table(), &rows, 5));
+             }),
+             1);
+    QApplication::setActiveWindow(&window);
+    table()->setFocus();
+    QTRY_VERIFY(table()->hasFocus());
+    select({1});
+    QCOMPARE(saves([&] { QTest::keyClick(table(), Qt::Key_Up, Qt::AltModifier); }), 1);
+}
 
 void tst_PrivateView::fieldsAreDisabledUntilARowIsSelected()
 {
@@ -700,11 +769,6 @@ void tst_PrivateView::lastRowDoesNotMoveDown()
     m_view->onMoveDown();
     QCOMPARE(titles(), QStringLiteral("ABCDE"));
     QCOMPARE(m_owner.saves, 0);
-}
-
-static QLineEdit *cellEditor(QTableView *table)
-{
-    return table->viewport()->findChild<QLineEdit *>();
 }
 
 void tst_PrivateView::moveEndsTheEditOfACell()
