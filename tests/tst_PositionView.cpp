@@ -36,6 +36,7 @@ private Q_SLOTS:
     void startsWithoutABox();
     void copiesAllSixFields();
     void recordIsLive();
+    void startingPointIsKeptAsGiven();
 
     void frameJoinsWithTheFirstBox();
     void frameFollowsTheRecordAndTheSize();
@@ -156,6 +157,17 @@ void tst_PositionView::recordIsLive()
     QCOMPARE(record.left(), 10.0);
     record.setLeft(11);
     QCOMPARE(m_view->getPositionRect().left(), 11.0);
+}
+
+void tst_PositionView::startingPointIsKeptAsGiven()
+{
+    QCOMPARE(m_view->initPoint(), QPointF(0, 0));
+    place(10, 20, 30, 40);
+    const PositionRect before = m_view->getPositionRect();
+    m_view->setInitPoint({0.1, -1e9});
+    QVERIFY(m_view->initPoint().x() == 0.1 && m_view->initPoint().y() == -1e9);
+    QVERIFY(m_view->getPositionRect() == before);
+    QCOMPARE(frame()->frameRect(), QRectF(20, 40, 120, 40));
 }
 
 void tst_PositionView::frameJoinsWithTheFirstBox()

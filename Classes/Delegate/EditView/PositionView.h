@@ -37,6 +37,10 @@ public:
     void setPositionRect(const PositionRect &rect);
     PositionRect &getPositionRect() { return m_positionRect; }
 
+    // A starting point, y-up in the view, for whoever needs one; the view itself makes nothing of it.
+    QPointF initPoint() const { return m_initPoint; }
+    void setInitPoint(const QPointF &point) { m_initPoint = point; }
+
     PostionViewDelete *ower() const { return m_ower; }
     void setOwer(PostionViewDelete *ower) { m_ower = ower; }
 
@@ -65,6 +69,7 @@ private:
 
     PositionRect m_positionRect;
     OZEditView *m_objectView;
+    QPointF m_initPoint;
     PostionViewDelete *m_ower = nullptr;
     QColor m_fillColor;
     QColor m_outlineColor;
