@@ -108,6 +108,8 @@ private Q_SLOTS:
     void damagedSettingsStayEditableAndValid_data();
     void damagedSettingsStayEditableAndValid();
     void frameComesBetweenTheMarginsInTheTabOrder();
+    void marginsStandAroundThePageInRightToLeftWindows_data();
+    void marginsStandAroundThePageInRightToLeftWindows();
 
 private:
     std::unique_ptr<Controller> open();
@@ -1225,6 +1227,60 @@ void tst_PluginSettingsDelegate::frameComesBetweenTheMarginsInTheTabOrder()
            QStringLiteral("txtRight"),       QStringLiteral("txtBottom"), QStringLiteral("sldTrans"),
            QStringLiteral("txtTransparency")};
     QCOMPARE(names.mid(0, expected.size()), expected);
+    controller->onCancel();
+}
+
+void tst_PluginSettingsDelegate::marginsStandAroundThePageInRightToLeftWindows_data()
+{
+    QTest::addColumn<QString>("language");
+    QTest::addColumn<QByteArray>("table");
+    QTest::addColumn<QString>("interfaceFile");
+    const QByteArray arabic = "Left = \"يسار\"; Right = \"يمين\"; Top = \"أعلى\"; Bottom = \"أسفل\"; "
+                              "Position = \"الموضع\"; Transparency = \"الشفافية\"; Layer = \"الطبقة\";";
+    const QByteArray hebrew = "Left = \"שמאל\"; Right = \"ימין\"; Top = \"למעלה\"; Bottom = \"למטה\";";
+    const QDir resources(QStringLiteral(LINKLIST_BUNDLE_DIR "/Contents/Resources"));
+    const QStringList folders = resources.entryList({QStringLiteral("*.lproj")}, QDir::Dirs);
+    for (const QString &folder : folders) {
+        const QString file = resources.filePath(folder + QStringLiteral("/PluginSettingsDelegate.nib"));
+        if (!QFileInfo::exists(file))
+            continue;
+        const QByteArray name = folder.toUtf8();
+        QTest::newRow("Arabic, " + name) << QStringLiteral("ar") << arabic << file;
+        QTest::newRow("Hebrew, " + name) << QStringLiteral("he") << hebrew << file;
+    }
+}
+
+void tst_PluginSettingsDelegate::marginsStandAroundThePageInRightToLeftWindows()
+{
+    QFETCH(QString, language);
+    QFETCH(QByteArray, table);
+    QFETCH(QString, interfaceFile);
+    const QByteArray folder = language.toUtf8() + ".lproj/";
+    put(m_bundle->resource(folder + "PluginLocale.strings"), table);
+    put(m_bundle->resource(folder + "PluginSettingsDelegate.nib"),
+        get(interfaceFile).replace("class=\"WebView\"", "class=\"QFrame\""));
+    const auto controller = Controller::initWithLanguageCode(language, m_bundle->path());
+    controller->setWorkSpace(m_bundle->workSpace());
+    QVERIFY(controller->window());
+    controller->showWindow();
+    QVERIFY(QTest::qWaitForWindowExposed(controller->window()));
+    const auto place = [&](const char *name) {
+        const auto *widget = part<QWidget>(*controller, name);
+        return QRect(widget->mapTo(controller->window(), QPoint()), widget->size());
+    };
+    const QRect page = place("positionView");
+    QVERIFY(place("txtLeft").right() < page.left());
+    QVERIFY(place("txtRight").left() > page.right());
+    QVERIFY(place("txtTop").bottom() < page.top());
+    QVERIFY(place("txtBottom").top() > page.bottom());
+    for (const QByteArray side : {"Left", "Top", "Right", "Bottom"}) {
+        const QRect margin = place("txt" + side);
+        QVERIFY2(place("lbl" + side).right() < margin.left(), side.constData());
+        QVERIFY2(place("unit" + side).left() > margin.right(), side.constData());
+    }
+    // All else follows the language.
+    QVERIFY(place("lblTransparency").left() > place("txtTransparency").right());
+    QVERIFY(place("previewPanel").right() < place("positionPanel").left());
     controller->onCancel();
 }
 
