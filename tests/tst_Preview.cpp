@@ -3,6 +3,7 @@
 #include "Classes/Mode/Locale.h"
 #include "platform/ui/ModalLoop.h"
 #include "platform/ui/Nib.h"
+#include "platform/ui/RunLoopTimer.h"
 #include "platform/ui/WebView.h"
 #include "tests/support/TestBundle.h"
 #include "tests/support/TestCase.h"
@@ -70,6 +71,7 @@ private Q_SLOTS:
     void init();
 
     // The timer.
+    void timerLooksThreeTimesASecondUntilTheClose();
     void firstTickLoadsThePreview();
     void tickWithoutAChangeDoesNothing();
     void burstOfEditsWithinOneTimerPeriodMakesASingleRefresh();
@@ -138,6 +140,20 @@ std::unique_ptr<Controller> tst_Preview::open(bool isModal)
         qFatal("no recording view");
     m_view->calls.clear();
     return controller;
+}
+
+void tst_Preview::timerLooksThreeTimesASecondUntilTheClose()
+{
+    for (const bool isModal : {false, true}) {
+        const auto controller = open(isModal);
+        const RunLoopTimer *timer = controller->repeatTimer();
+        QVERIFY(timer);
+        QVERIFY(timer->isValid());
+        QCOMPARE(timer->interval(), 330);
+        QCOMPARE(timer->mode(), isModal ? RunLoopTimer::Mode::ModalPanel : RunLoopTimer::Mode::Default);
+        controller->onCancel();
+        QVERIFY(!controller->repeatTimer());
+    }
 }
 
 void tst_Preview::firstTickLoadsThePreview()

@@ -21,6 +21,7 @@ private Q_SLOTS:
 void tst_RunLoopTimer::defaultModeRestsInAModalLoop()
 {
     RunLoopTimer timer(Mode::Default, 5);
+    QCOMPARE(timer.interval(), 5);
     QSignalSpy fired(&timer, &RunLoopTimer::fired);
     timer.start();
     QTRY_VERIFY(fired.count() >= 2);

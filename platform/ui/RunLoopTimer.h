@@ -15,6 +15,8 @@ public:
     RunLoopTimer(Mode mode, int intervalInMilliseconds, QObject *parent = nullptr);
 
     Mode mode() const { return m_mode; }
+    // In milliseconds.
+    int interval() const { return m_timer.interval(); }
     void start();
     void invalidate();
     bool isValid() const { return m_isValid; }

@@ -106,6 +106,8 @@ public:
     const PositionRect &ptRect() const { return m_ptRect; }
     bool isChange() const { return m_isChange; }
     bool isNeedReload() const { return m_isNeedReload; }
+    // Null before the window is loaded and once it has closed.
+    const RunLoopTimer *repeatTimer() const { return m_repeatTimer.get(); }
     PrivateView *privateView() const { return m_privateView; }
     PositionView *positionView() const { return m_positionView; }
 
