@@ -4,6 +4,7 @@
 #include "tests/support/TestCase.h"
 
 #include <QApplication>
+#include <QPaintEvent>
 #include <QWindow>
 #include <cmath>
 #include <limits>
@@ -16,6 +17,36 @@ struct Owner : PostionViewDelete {
     int releases = 0;
     void onChangePositionView() override { ++changes; }
     void didChangedPositionView() override { ++releases; }
+};
+
+// What of a widget was painted since it was last up to date.
+class Paints : public QObject
+{
+public:
+    explicit Paints(QWidget *view)
+        : m_view(view)
+    {
+        view->installEventFilter(this);
+        clear();
+    }
+
+    void clear()
+    {
+        m_view->repaint();
+        areas.clear();
+    }
+
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint)
+            areas += static_cast<QPaintEvent *>(event)->region().boundingRect();
+        return false;
+    }
+
+    QList<QRect> areas;
+
+private:
+    QWidget *m_view;
 };
 
 void post(const QString &name, QObject *sender)
@@ -57,6 +88,8 @@ private Q_SLOTS:
     void draggingDownPastThePageRecordsAPageOfHeight();
     void arrowKeysMoveTheMargins();
 
+    void changedMarginsRepaintThePicture();
+    void transparencyAndLayerRepaintNothing();
     void paintsThePage_data();
     void paintsThePage();
     void paintsTheFrameOverTheBox();
@@ -397,6 +430,34 @@ void tst_PositionView::arrowKeysMoveTheMargins()
     QCOMPARE(now.bottom(), 40.0);
     QCOMPARE(m_owner.changes, 2);
     QCOMPARE(m_owner.releases, 2);
+}
+
+void tst_PositionView::changedMarginsRepaintThePicture()
+{
+    place(10, 20, 30, 40);
+    frame()->hide(); // the picture itself shows the box, and no moved frame uncovers it
+    Paints paints(m_view);
+    const double changed[][4] = {{11, 20, 30, 40}, {11, 21, 30, 40}, {11, 21, 31, 40}, {11, 21, 31, 41}};
+    for (const auto &margins : changed) {
+        place(margins[0], margins[1], margins[2], margins[3]);
+        QTRY_COMPARE(paints.areas, QList<QRect>{m_view->rect()});
+        paints.clear();
+    }
+    PositionRect rect;
+    m_view->setPositionRect(rect);
+    QTRY_COMPARE(paints.areas, QList<QRect>{m_view->rect()});
+}
+
+void tst_PositionView::transparencyAndLayerRepaintNothing()
+{
+    place(10, 20, 30, 40);
+    frame()->hide();
+    Paints paints(m_view);
+    m_view->setPositionRectWithLeft(10, 20, 30, 40, 50, 1);
+    // Had the view been due, it would be painted with this corner.
+    const QRect corner(0, 0, 1, 1);
+    m_view->update(corner);
+    QTRY_COMPARE(paints.areas, QList<QRect>{corner});
 }
 
 void tst_PositionView::paintsThePage_data()
