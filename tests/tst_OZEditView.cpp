@@ -87,6 +87,8 @@ private Q_SLOTS:
     void frameSmallerThanFifteenIsEnlargedAtCreation();
     void pointerChoosesTypeAndCursor_data();
     void pointerChoosesTypeAndCursor();
+    void enteringTakesThePartUnderThePointer_data() { pointerChoosesTypeAndCursor_data(); }
+    void enteringTakesThePartUnderThePointer();
     void missingCursorImagesGiveTheArrow();
     void leavingTheFrameEndsItsType();
 
@@ -243,6 +245,25 @@ void tst_OZEditView::pointerChoosesTypeAndCursor()
         QCOMPARE(cursor.pixmap().toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied),
                  expected.convertToFormat(QImage::Format_ARGB32_Premultiplied));
     }
+    QCOMPARE(m_listener->changes + m_listener->releases, 0);
+}
+
+void tst_OZEditView::enteringTakesThePartUnderThePointer()
+{
+    QFETCH(QPoint, point);
+    QFETCH(int, type);
+    QFETCH(int, shape);
+    // Between the handles the part before stays.
+    const bool isOnAPart = type != Type::None;
+    moveTo(146, 50);
+    press(146, 50);
+    QVERIFY(m_frame->isMouseDown());
+    QCOMPARE(m_frame->mouseType(), Type::RightEdge);
+    enter(50 + point.x(), 30 + point.y());
+    QCOMPARE(int(m_frame->mouseType()), isOnAPart ? type : int(Type::RightEdge));
+    QCOMPARE(int(m_frame->cursor().shape()), isOnAPart ? shape : int(Qt::SizeHorCursor));
+    QVERIFY(!m_frame->isMouseDown());
+    release(146, 50);
     QCOMPARE(m_listener->changes + m_listener->releases, 0);
 }
 
