@@ -10,6 +10,7 @@
 #include "platform/ui/Stepper.h"
 #include "platform/ui/WindowLevel.h"
 #include "tests/support/Fixtures.h"
+#include "tests/support/FullDisk.h"
 #include "tests/support/ProcessorTimer.h"
 #include "tests/support/TestBundle.h"
 #include "tests/support/TestCase.h"
@@ -59,6 +60,7 @@ private Q_SLOTS:
     void saveWithoutWorkspaceDoesNothing();
     void saveWithoutDocumentWritesTheDefaultOne();
     void saveWithoutAnyDocumentDoesNothing();
+    void ownerIsToldAlthoughTheDocumentCannotBeWritten();
     void saveButtonSaves();
     void nothingIsSavedAfterEditingEnded();
     void missingOutletKeepsItsValue();
@@ -69,6 +71,7 @@ private Q_SLOTS:
     void fieldsAreDisabledUntilARowIsSelected();
     void selectedRowFillsTheFieldsAfterTheEvent();
     void selectedRowIsTheCurrentOrTheHighest();
+    void fieldsShowAndEditTheCurrentRow();
     void buttonsFollowTheSelection_data();
     void buttonsFollowTheSelection();
     void addingSelectsTheNewRowAndEnablesTheFields();
@@ -234,6 +237,8 @@ void tst_PrivateView::sizeThatIsNoNumberShowsTheSteppersWhenEditingEnds_data()
     QTest::addColumn<QString>("shown");
     QTest::newRow("empty") << QString() << QStringLiteral("1");
     QTest::newRow("leading zeros") << QStringLiteral("007") << QStringLiteral("7");
+    QTest::newRow("zeros alone") << QStringLiteral("00") << QStringLiteral("1");
+    QTest::newRow("zero, which is a number") << QStringLiteral("0") << QStringLiteral("0");
     QTest::newRow("a number") << QStringLiteral("30") << QStringLiteral("30");
     QTest::newRow("past the stepper's range") << QStringLiteral("999") << QStringLiteral("999");
 }
@@ -247,6 +252,12 @@ void tst_PrivateView::sizeThatIsNoNumberShowsTheSteppersWhenEditingEnds()
     QCOMPARE(size->text(), typed);
     QTest::keyClick(size, Qt::Key_Return);
     QCOMPARE(size->text(), shown);
+    QVERIFY(document().contains('>' + shown.toUtf8() + '<'));
+    // OK and the close do the same for a field that nobody left.
+    size->setText(typed);
+    m_view->commitEditing();
+    QCOMPARE(size->text(), shown);
+    m_view->onSave();
     QVERIFY(document().contains('>' + shown.toUtf8() + '<'));
 }
 
@@ -283,6 +294,23 @@ void tst_PrivateView::saveWithoutAnyDocumentDoesNothing()
     QVERIFY(!m_view->onSave());
     QCOMPARE(document(), QByteArray("damaged"));
     QCOMPARE(m_owner.saves, 0);
+}
+
+void tst_PrivateView::ownerIsToldAlthoughTheDocumentCannotBeWritten()
+{
+    const QByteArray before = document();
+    {
+        const FullDisk disk;
+        QTest::keyClicks(part("txtTitleContent"), QStringLiteral("x"));
+    }
+    QCOMPARE(document(), before);
+    QCOMPARE(m_owner.saves, 1);
+    // A folder in the document's place cannot be replaced.
+    QVERIFY(File::removeAll(m_bundle->inWorkSpace("linklist.xml")));
+    put(m_bundle->inWorkSpace("linklist.xml/mine"), "kept");
+    QVERIFY(!m_view->onSave());
+    QCOMPARE(m_owner.saves, 2);
+    QCOMPARE(get(m_bundle->inWorkSpace("linklist.xml/mine")), QByteArray("kept"));
 }
 
 void tst_PrivateView::saveButtonSaves()
@@ -427,7 +455,7 @@ void tst_PrivateView::setUpTwiceShowsAndConnectsEverythingOnce()
     };
     QCOMPARE(saves([&] { QTest::keyClicks(part("txtTitleContent"), QStringLiteral("x")); }), 1);
     QCOMPARE(saves([&] { QTest::keyClicks(part("txtBodyFontSize"), QStringLiteral("1")); }), 1);
-    QCOMPARE(saves([&] { part<Stepper>("stBodyFontSize")->stepDown(); }), 1);
+    QCOMPARE(saves([&] { part<Stepper>("stBodyFontSize")->stepUp(); }), 1);
     QCOMPARE(saves([&] { button("btnSave")->click(); }), 1);
     QCOMPARE(saves([&] { button("btnAdd")->click(); }), 1);
     QCOMPARE(titles(), QStringLiteral("ABCDEtitle"));
@@ -493,6 +521,27 @@ void tst_PrivateView::selectedRowIsTheCurrentOrTheHighest()
     QCOMPARE(m_view->selectedRow(), 1);
     table()->selectionModel()->setCurrentIndex(m_view->model()->index(0, 0), QItemSelectionModel::NoUpdate);
     QCOMPARE(m_view->selectedRow(), 3);
+}
+
+void tst_PrivateView::fieldsShowAndEditTheCurrentRow()
+{
+    load(fiveTitles);
+    select({3, 1});
+    const auto setCurrent = [this](int row) {
+        table()->selectionModel()->setCurrentIndex(m_view->model()->index(row, 0),
+                                                   QItemSelectionModel::NoUpdate);
+        settle();
+    };
+    QCOMPARE(part("txtContent")->text(), QStringLiteral("B"));
+    QCOMPARE(part("txtLink")->text(), QStringLiteral("http://B"));
+    setCurrent(0); // which is not selected: the highest of the selected is meant
+    QCOMPARE(part("txtContent")->text(), QStringLiteral("D"));
+    QCOMPARE(part("txtLink")->text(), QStringLiteral("http://D"));
+    part("txtContent")->setText(QStringLiteral("d"));
+    setCurrent(1);
+    QCOMPARE(part("txtContent")->text(), QStringLiteral("B"));
+    part("txtContent")->setText(QStringLiteral("b"));
+    QCOMPARE(titles(), QStringLiteral("AbCdE"));
 }
 
 void tst_PrivateView::buttonsFollowTheSelection_data()
