@@ -60,6 +60,7 @@ private Q_SLOTS:
     void closeBoxAsksAndOkKeepsEditsWithoutPublishing();
     void closeBoxAsksAndCancelReverts();
     void otherCloseModesRevert();
+    void cancelRevertsWhateverModeTheHostSetBefore();
     void everyCloseStopsTheModalLoopWithTheCloseMode();
     void sessionDeletedInsideTheQuestionIsSafe();
     void sessionWithoutWindowRemovesItsEmptyBackup();
@@ -88,7 +89,7 @@ private Q_SLOTS:
     void unusableWorkspaces_data();
     void unusableWorkspaces();
     void defaultButtonLoadsTheBundlesDefaults();
-    void defaultButtonFallsBackToTheWorkspace();
+    void defaultButtonTakesTheBundlesFileBeforeTheWorkspaces();
     void defaultButtonWithoutAnyFileSaysSo();
 
     // Position and transparency controls.
@@ -102,6 +103,10 @@ private Q_SLOTS:
     void movedSliderShowsOneDecimalAndStoresSinglePrecision();
     void layerClickWaitsForTheNextSave();
     void layerWithoutACellIsKept();
+    void layerClickedLastIsPublished();
+    void transparencyAndLayerOutliveADrag_data();
+    void transparencyAndLayerOutliveADrag();
+    void loadedTransparencyIsShownAndKept();
     void dragOfAHundredStepsSavesOnceAndTheFieldsFollowLive();
     void typingMovesTheFrameToTheLastDecimal();
     void defaultButtonMovesTheFrame();
@@ -126,6 +131,8 @@ private:
     // Answers the next question while a modal loop runs; fails the test when none is asked.
     void answer(const char *button);
     QByteArrayList settings() { return get(m_bundle->inWorkSpace("settings.dat")).split('\n'); }
+    // The published configuration as a player's script engine understands it, as JSON.
+    QByteArray published() const;
 
     std::unique_ptr<TestBundle> m_bundle;
     bool m_wasAsked = false;
@@ -163,12 +170,21 @@ void tst_PluginSettingsDelegate::type(QLineEdit *field, const char *text)
 void tst_PluginSettingsDelegate::answer(const char *button)
 {
     QTimer::singleShot(0, this, [this, button] {
-        auto *choice
-            = QApplication::activeModalWidget()->findChild<QAbstractButton *>(QString::fromUtf8(button));
+        const QWidget *question = QApplication::activeModalWidget();
+        auto *choice = question ? question->findChild<QAbstractButton *>(QString::fromUtf8(button)) : nullptr;
         QVERIFY(choice);
         m_wasAsked = true;
         choice->click();
     });
+}
+
+QByteArray tst_PluginSettingsDelegate::published() const
+{
+    QProcess node;
+    node.start(QStringLiteral("node"),
+               {QStringLiteral(LINKLIST_SOURCE_DIR "/tests/js/evaluate.mjs"),
+                m_bundle->inWorkSpace("bookPlugin.js")});
+    return node.waitForFinished() && node.exitCode() == 0 ? node.readAllStandardOutput() : QByteArray();
 }
 
 void tst_PluginSettingsDelegate::nilLanguageCodeLeavesTheProcessesLanguage()
@@ -319,13 +335,7 @@ void tst_PluginSettingsDelegate::okPublishesAndStripsTheWorkspace()
     QVERIFY(published.endsWith('_'));
     QVERIFY(!published.contains("var bookPlugin"));
 
-    QProcess node;
-    node.start(QStringLiteral("node"),
-               {QStringLiteral(LINKLIST_SOURCE_DIR "/tests/js/evaluate.mjs"),
-                m_bundle->inWorkSpace("bookPlugin.js")});
-    QVERIFY(node.waitForFinished());
-    QCOMPARE(node.exitCode(), 0);
-    const QByteArray decoded = node.readAllStandardOutput();
+    const QByteArray decoded = this->published();
     QVERIFY2(decoded.contains("\"left\":\"12.5%\"") && decoded.contains("Seen \\\"today\\\""),
              decoded.constData());
 }
@@ -439,6 +449,17 @@ void tst_PluginSettingsDelegate::otherCloseModesRevert()
     QCOMPARE(controller->closeMode(), 7);
     QVERIFY(!File::exists(m_bundle->inWorkSpace("settings.dat")));
     QVERIFY(File::exists(m_bundle->inWorkSpace("index.html")));
+}
+
+void tst_PluginSettingsDelegate::cancelRevertsWhateverModeTheHostSetBefore()
+{
+    const auto controller = open();
+    const auto before = Fixtures::tree(m_bundle->workSpace());
+    controller->setCloseMode(Controller::applyMode);
+    type(field(*controller, "txtLeft"), "44");
+    part<QAbstractButton>(*controller, "btnCancel")->click();
+    QCOMPARE(controller->closeMode(), Controller::revertMode);
+    QCOMPARE(Fixtures::tree(m_bundle->workSpace()), before);
 }
 
 void tst_PluginSettingsDelegate::everyCloseStopsTheModalLoopWithTheCloseMode()
@@ -940,13 +961,17 @@ void tst_PluginSettingsDelegate::defaultButtonLoadsTheBundlesDefaults()
     controller->onCancel();
 }
 
-void tst_PluginSettingsDelegate::defaultButtonFallsBackToTheWorkspace()
+void tst_PluginSettingsDelegate::defaultButtonTakesTheBundlesFileBeforeTheWorkspaces()
 {
+    put(m_bundle->inWorkSpace("settings.dat"), "1\n1\n1\n1\n50\n0");
+    put(m_bundle->inWorkSpace("defaultsettings.dat"), "3\n4\n5\n6\n7\n0");
     const auto controller = open();
+    auto *button = part<QAbstractButton>(*controller, "btnDefault");
+    button->click();
+    QCOMPARE(get(m_bundle->inWorkSpace("settings.dat")), get(m_bundle->resource("data/defaultsettings.dat")));
     QVERIFY(File::removeAll(m_bundle->resource("data/defaultsettings.dat")));
-    put(m_bundle->inWorkSpace("defaultsettings.dat"), "3\n3\n3\n3\n3\n0");
-    controller->onDefaultSetting();
-    QCOMPARE(settings().first(), QByteArray("3.0"));
+    button->click();
+    QCOMPARE(settings(), (QByteArrayList{"3.0", "4.0", "5.0", "6.0", "7.0", "0"}));
     controller->onCancel();
 }
 
@@ -1094,6 +1119,67 @@ void tst_PluginSettingsDelegate::layerWithoutACellIsKept()
     QCOMPARE(part<Matrix>(*controller, "matLayer")->selectedTag(), std::nullopt);
     type(field(*controller, "txtLeft"), "8");
     QCOMPARE(settings().value(5), QByteArray("9223372036854775807"));
+    controller->onCancel();
+}
+
+void tst_PluginSettingsDelegate::layerClickedLastIsPublished()
+{
+    for (const char *cell : {"cellBelow", "cellAbove"}) {
+        const auto controller = open();
+        const QByteArray layer = part<QWidget>(*controller, cell)->property("tag").toByteArray();
+        QVERIFY(settings().value(5) != layer);
+        part<QAbstractButton>(*controller, cell)->click();
+        part<QAbstractButton>(*controller, "btnOK")->click();
+        QCOMPARE(settings().value(5), layer);
+        const QByteArray script = published();
+        QVERIFY2(script.contains("\"layout\":" + layer), script.constData());
+    }
+}
+
+void tst_PluginSettingsDelegate::transparencyAndLayerOutliveADrag_data()
+{
+    QTest::addColumn<bool>("isTyped");
+    QTest::newRow("typed") << true;
+    QTest::newRow("slider") << false;
+}
+
+void tst_PluginSettingsDelegate::transparencyAndLayerOutliveADrag()
+{
+    QFETCH(bool, isTyped);
+    put(m_bundle->inWorkSpace("settings.dat"), "10\n20\n60\n30\n5\n9223372036854775807");
+    const auto controller = open();
+    controller->showWindow();
+    QVERIFY(QTest::qWaitForWindowExposed(controller->window()));
+    if (isTyped)
+        type(field(*controller, "txtTransparency"), "40");
+    else
+        part<Slider>(*controller, "sldTrans")->setValue(4000); // in hundredths
+    auto *view = part<PositionView>(*controller, "positionView");
+    QWindow *window = controller->window()->windowHandle();
+    const QPoint start = view->mapTo(controller->window(), view->objectView()->geometry().center());
+    QTest::mousePress(window, Qt::LeftButton, {}, start);
+    QTest::mouseMove(window, start + QPoint(20, 0));
+    QTest::mouseRelease(window, Qt::LeftButton, {}, start + QPoint(20, 0));
+    QVERIFY(settings().first().toDouble() > 10);
+    QCOMPARE(settings().value(4), QByteArray("40.0"));
+    QCOMPARE(settings().value(5), QByteArray("9223372036854775807"));
+    QCOMPARE(part<Slider>(*controller, "sldTrans")->doubleValue(), 40.0);
+    controller->onCancel();
+}
+
+void tst_PluginSettingsDelegate::loadedTransparencyIsShownAndKept()
+{
+    const QByteArray stored = "10.0\n20.0\n60.0\n30.0\n33.3\n1";
+    put(m_bundle->inWorkSpace("settings.dat"), stored);
+    const auto controller = open();
+    controller->showWindow();
+    QVERIFY(QTest::qWaitForWindowExposed(controller->window()));
+    QVERIFY(part<Slider>(*controller, "sldTrans")->doubleValue() == double(33.3F));
+    QVERIFY(controller->ptRect().transparency() == double(33.3F));
+    QCOMPARE(field(*controller, "txtTransparency")->text(), QStringLiteral("33.3"));
+    QCOMPARE(get(m_bundle->inWorkSpace("settings.dat")), stored);
+    controller->saveGlobalSettings();
+    QCOMPARE(get(m_bundle->inWorkSpace("settings.dat")), stored);
     controller->onCancel();
 }
 
