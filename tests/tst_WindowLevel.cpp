@@ -21,6 +21,7 @@ private Q_SLOTS:
     void keepsTheOtherFlags();
     void aPartOfTheWindowMeansTheWindow();
     void aWindowOnTopByItselfCountsAsFloating();
+    void allWorkspacesAreAskedForUnderX11Only();
     void missingWindowIsHarmless();
 };
 
@@ -115,8 +116,23 @@ void tst_WindowLevel::aWindowOnTopByItselfCountsAsFloating()
     QCOMPARE(WindowLevel::of(&window), Level::Normal);
 }
 
+// There are no workspaces here: the window is shown as any other, and nothing is said.
+void tst_WindowLevel::allWorkspacesAreAskedForUnderX11Only()
+{
+    QWidget window;
+    WindowLevel::set(&window, Level::Floating);
+    WindowLevel::setOnAllWorkspaces(&window);
+    for (int i = 0; i < 2; ++i) {
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QCOMPARE(WindowLevel::of(&window), Level::Floating);
+        window.hide();
+    }
+}
+
 void tst_WindowLevel::missingWindowIsHarmless()
 {
+    WindowLevel::setOnAllWorkspaces(nullptr);
     WindowLevel::set(nullptr, Level::Floating);
     QCOMPARE(WindowLevel::of(nullptr), Level::Normal);
 }

@@ -74,6 +74,7 @@ QColorDialog *sharedPanel()
     panel->setWindowTitle(loadAppString(QStringLiteral("Color"), QStringLiteral("Color")));
     translateTexts(panel);
     WindowLevel::set(panel, WindowLevel::Level::Floating);
+    WindowLevel::setOnAllWorkspaces(panel);
     qAddPostRoutine([] { delete panelOfProcess(); });
     return panel;
 }

@@ -19,4 +19,8 @@ void set(QWidget *widget, Level level);
 // Floating.
 Level of(const QWidget *widget);
 
+// Whenever the window that the widget stands in is shown from now on, it is shown on every workspace of the
+// desktop. Only X11 lets a window ask for that: elsewhere nothing happens, nor for a null widget.
+void setOnAllWorkspaces(QWidget *widget);
+
 } // namespace WindowLevel
