@@ -48,6 +48,35 @@ struct Origin {
     int detections = 0;
 };
 
+// Takes what is dropped on the list, as a table does.
+class Taker : public QObject
+{
+public:
+    explicit Taker(QWidget *list)
+    {
+        list->setAcceptDrops(true);
+        list->installEventFilter(this);
+    }
+
+    QList<QByteArray> taken;
+    QPointF at;
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() != QEvent::DragEnter && event->type() != QEvent::DragMove
+            && event->type() != QEvent::Drop)
+            return false;
+        auto *drag = static_cast<QDropEvent *>(event);
+        drag->acceptProposedAction();
+        if (event->type() == QEvent::Drop) {
+            taken.append(drag->mimeData()->data(rowsType));
+            at = static_cast<QWidget *>(watched)->mapToGlobal(drag->position());
+        }
+        return true;
+    }
+};
+
 // One drag with the mouse, from the list. Wherever windows overlap, this platform gives the one that was made
 // last what happens: the catching window, unless it is hidden.
 class Drag
@@ -80,11 +109,14 @@ public:
     {
         return [this, global] { QTest::mouseMove(&m_desk, m_desk.mapFromGlobal(global)); };
     }
-    Step release(const QPoint &global)
+    Step press(Qt::MouseButton button, const QPoint &global)
     {
-        return [this, global] {
-            QTest::mouseRelease(&m_desk, Qt::LeftButton, {}, m_desk.mapFromGlobal(global));
-        };
+        return [=, this] { QTest::mousePress(&m_desk, button, {}, m_desk.mapFromGlobal(global)); };
+    }
+    Step release(const QPoint &global) { return release(Qt::LeftButton, global); }
+    Step release(Qt::MouseButton button, const QPoint &global)
+    {
+        return [=, this] { QTest::mouseRelease(&m_desk, button, {}, m_desk.mapFromGlobal(global)); };
     }
     Step press(Qt::Key key)
     {
@@ -127,11 +159,16 @@ class tst_DragDeleteSource : public TestCase
 private Q_SLOTS:
     void dropOutsideIsCaught();
     void dropBackOnTheListIsNot();
+    void rowsThrownBackAndLetGoAtOnceAreDroppedOnTheList();
     void releaseThatReachesNoWindowIsCaught();
     void releaseThatReachesNoWindowIsNotWithoutAVisibleCatcher();
     void escapeCatchesNothing();
     void releaseAfterEscapeCatchesNothing();
     void otherKeysDoNotCancel();
+    void anotherButtonCancels_data();
+    void anotherButtonCancels();
+    void releaseAfterTheCatchersEndDoesNothing_data();
+    void releaseAfterTheCatchersEndDoesNothing();
     void dataGoesWithTheDrag();
     void restingPointerRaisesTheCatcher();
     void pointerRestingOnTheListDoesNot();
@@ -164,6 +201,19 @@ void tst_DragDeleteSource::dropBackOnTheListIsNot()
     Drag drag(origin);
     drag.run({drag.move(outside), drag.move(onTheList), drag.release(onTheList)});
     QVERIFY(drag.catcher->hasEnded());
+    QCOMPARE(drag.catcher->dragResult(), nothing);
+    QCOMPARE(drag.ends, 1);
+}
+
+// The catching window is still in front when the button comes up.
+void tst_DragDeleteSource::rowsThrownBackAndLetGoAtOnceAreDroppedOnTheList()
+{
+    Origin origin;
+    const Taker list(origin.list);
+    Drag drag(origin);
+    drag.run({drag.move(outside), drag.release(onTheList)});
+    QCOMPARE(list.taken, theRows);
+    QCOMPARE(list.at, QPointF(onTheList));
     QCOMPARE(drag.catcher->dragResult(), nothing);
     QCOMPARE(drag.ends, 1);
 }
@@ -220,6 +270,58 @@ void tst_DragDeleteSource::otherKeysDoNotCancel()
     Drag drag(origin);
     drag.run({drag.move(offTheScreen), drag.press(Qt::Key_Shift), drag.release(offTheScreen)});
     QCOMPARE(drag.catcher->dragResult(), theRows);
+}
+
+void tst_DragDeleteSource::anotherButtonCancels_data()
+{
+    QTest::addColumn<Qt::MouseButton>("button");
+    QTest::addColumn<QPoint>("point");
+    QTest::newRow("right, outside") << Qt::RightButton << outside;
+    QTest::newRow("middle, outside") << Qt::MiddleButton << outside;
+    QTest::newRow("right, where no window is") << Qt::RightButton << offTheScreen;
+    QTest::newRow("right, on the list") << Qt::RightButton << onTheList;
+}
+
+void tst_DragDeleteSource::anotherButtonCancels()
+{
+    QFETCH(const Qt::MouseButton, button);
+    QFETCH(const QPoint, point);
+    Origin origin;
+    const Taker list(origin.list);
+    Drag drag(origin);
+    bool isOver = true;
+    drag.run({drag.move(outside), drag.move(point), drag.press(button, point), [&] { isOver = false; },
+              drag.release(button, point), drag.release(point)});
+    // The press has ended the drag; what follows is no part of it.
+    QVERIFY(isOver);
+    drag.release(button, point)();
+    drag.release(point)();
+    QVERIFY(drag.catcher->hasEnded());
+    QCOMPARE(drag.catcher->dragResult(), nothing);
+    QCOMPARE(list.taken, nothing);
+    QCOMPARE(drag.ends, 1);
+}
+
+void tst_DragDeleteSource::releaseAfterTheCatchersEndDoesNothing_data()
+{
+    QTest::addColumn<QPoint>("point");
+    QTest::newRow("outside") << outside;
+    QTest::newRow("where no window is") << offTheScreen;
+    QTest::newRow("on the list") << onTheList;
+}
+
+// As when the window closes while the button is still down.
+void tst_DragDeleteSource::releaseAfterTheCatchersEndDoesNothing()
+{
+    QFETCH(const QPoint, point);
+    Origin origin;
+    const Taker list(origin.list);
+    Drag drag(origin);
+    drag.run({drag.move(outside), [&] { drag.catcher->draggingEnded(); }, drag.release(point)});
+    QCOMPARE(drag.catcher->dragResult(), nothing);
+    QCOMPARE(drag.catcher->dropPoint(), QPointF());
+    QCOMPARE(list.taken, nothing);
+    QCOMPARE(drag.ends, 1);
 }
 
 void tst_DragDeleteSource::dataGoesWithTheDrag()

@@ -116,8 +116,9 @@ bool DragDeleteSource::eventFilter(QObject *watched, QEvent *event)
             QDrag::cancel();
             return true;
         }
-        // Whoever ended the catching window before the release has cancelled the drag.
-        if (m_catcher && m_catcher->hasEnded())
+        // Whoever ended the catching window before the release has cancelled the drag. The toolkit tells of
+        // the release once more when the drop is over, and that has ended the window, too.
+        if (!m_released && m_catcher && m_catcher->hasEnded())
             m_isCancelled = true;
         if (event->type() == QEvent::MouseButtonRelease && !m_released)
             m_released = mouse->globalPosition();
