@@ -20,7 +20,7 @@ namespace
 const QString rowsType = QStringLiteral("application/x-test-rows");
 const QString otherType = QStringLiteral("application/x-test-other");
 constexpr Qt::DropActions everyOperation = Qt::CopyAction | Qt::MoveAction | Qt::LinkAction;
-constexpr int entryTime = 300; // milliseconds that a drag has to come in
+constexpr int entryTime = int(DragDeleteWindow::entryTime.count());
 constexpr QPoint onTheList(250, 190);
 constexpr QPoint outside(500, 20);
 
@@ -483,11 +483,12 @@ void tst_DragDeleteWindow::timeOutGivesTheMouseBack()
     Origin origin;
     DragDeleteWindow window({rowsType}, &origin.list);
     window.orderBehind();
+    QCOMPARE(entryTime, 300);
     QElapsedTimer time;
     time.start();
     origin.detector->draggingUpdated(outside);
     QVERIFY(!window.ignoresMouseEvents());
-    QTRY_VERIFY(window.ignoresMouseEvents());
+    QTRY_VERIFY_WITH_TIMEOUT(window.ignoresMouseEvents(), 10 * entryTime);
     QVERIFY(time.elapsed() >= entryTime);
     QVERIFY(window.isActive());
     QVERIFY(!window.hasEnded());

@@ -11,7 +11,6 @@
 #include <QPointer>
 #include <QScreen>
 #include <algorithm>
-#include <chrono>
 #include <condition_variable>
 #include <exception>
 #include <mutex>
@@ -22,8 +21,7 @@ const QString DragDeleteWindowNotification = QStringLiteral("linklist.DragDelete
 namespace
 {
 constexpr Qt::DropActions everyOperation = Qt::CopyAction | Qt::MoveAction | Qt::LinkAction;
-constexpr std::chrono::milliseconds entryTime(300);
-} // namespace
+}
 
 // What the window shares with the threads that wait for the drag to come in. It outlives both.
 struct DragDeleteWindow::TimeOut {

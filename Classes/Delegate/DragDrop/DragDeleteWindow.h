@@ -6,6 +6,7 @@
 #include <QList>
 #include <QStringList>
 #include <QWindow>
+#include <chrono>
 #include <memory>
 
 class QMimeData;
@@ -22,6 +23,9 @@ class DragDeleteWindow : public QWindow
     Q_OBJECT
 
 public:
+    // How long a drag that has left the sender may take to come in.
+    static constexpr std::chrono::milliseconds entryTime{300};
+
     // The sender is not owned; without one there is no excepted area.
     DragDeleteWindow(const QStringList &dataTypes, QWidget *sender);
     ~DragDeleteWindow() override;
