@@ -93,6 +93,7 @@ private Q_SLOTS:
     void rowsOneAndThreeMoveUpTogether();
     void rowsTwoAndThreeMoveDown();
     void lastRowDoesNotMoveDown();
+    void doubleClickEditsACell();
     void moveEndsTheEditOfACell();
     void editInTheTableNormalisesLinks();
     void editOutsideTheTableIsIgnored();
@@ -113,6 +114,8 @@ private Q_SLOTS:
     void cancelWithoutAColorGivesBlack();
     void windowFloatsAfterTheChooser();
     void otherChoosersAreIgnored();
+    void colorChosenAfterEditingEndedIsNotSaved();
+    void applicationsEndIsTheChoosers();
     void editorMayGoWhileTheChooserIsOpen();
 
 private:
@@ -820,6 +823,24 @@ void tst_PrivateView::lastRowDoesNotMoveDown()
     QCOMPARE(m_owner.saves, 0);
 }
 
+void tst_PrivateView::doubleClickEditsACell()
+{
+    load(fiveTitles);
+    m_view->show();
+    for (const int column : {LinkListModel::TitleColumn, LinkListModel::LinkColumn}) {
+        const QPoint cell = table()->visualRect(m_view->model()->index(1, column)).center();
+        QTest::mouseClick(table()->viewport(), Qt::LeftButton, {}, cell);
+        QVERIFY(!cellEditor(table()));
+        QTest::mouseDClick(table()->viewport(), Qt::LeftButton, {}, cell);
+        QVERIFY(cellEditor(table()));
+        QTest::keyClicks(cellEditor(table()), QStringLiteral("http://x"));
+        QTest::keyClick(cellEditor(table()), Qt::Key_Return);
+        QTRY_VERIFY(!cellEditor(table()));
+    }
+    QCOMPARE(m_view->model()->items()[1], (LinkItem{QStringLiteral("http://x"), QStringLiteral("http://x")}));
+    QCOMPARE(m_owner.saves, 2);
+}
+
 void tst_PrivateView::moveEndsTheEditOfACell()
 {
     load(fiveTitles);
@@ -1096,6 +1117,35 @@ void tst_PrivateView::otherChoosersAreIgnored()
     m_view->onChangedPanelColor(nullptr);
     QCOMPARE(swatch->backgroundColor(), before);
     m_view->onOpenColorPanel(nullptr);
+}
+
+// The window may close behind the chooser.
+void tst_PrivateView::colorChosenAfterEditingEndedIsNotSaved()
+{
+    const QByteArray before = document();
+    choose("00ff00", "btnColorChoose", [this] { m_view->endEditing(); });
+    button("btnTitleFontColor")->click();
+    QCOMPARE(m_owner.saves, 0);
+    QCOMPARE(document(), before);
+    QVERIFY(!ModalLoop::isRunning());
+}
+
+void tst_PrivateView::applicationsEndIsTheChoosers()
+{
+    auto *swatch = part<ColorButtonCell>("btnBodyFontColor");
+    const auto before = swatch->backgroundColor();
+    std::optional<Color> after;
+    QTimer::singleShot(0, this, [&] {
+        choose("00ff00", "none", [] { QCoreApplication::exit(3); });
+        swatch->click();
+        after = swatch->backgroundColor();
+    });
+    QCOMPARE(QCoreApplication::exec(), 3);
+    QVERIFY(before.has_value());
+    QCOMPARE(after, before);
+    QVERIFY(!ModalLoop::isRunning());
+    QVERIFY(!ColorPanelDelegate::delegate());
+    QCOMPARE(m_owner.saves, 0);
 }
 
 void tst_PrivateView::editorMayGoWhileTheChooserIsOpen()

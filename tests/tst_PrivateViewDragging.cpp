@@ -151,6 +151,7 @@ private Q_SLOTS:
     void editorMayGoDuringADrag();
     void withoutATableThereIsNoDragging();
     void dragThatEndsAtOnceLeavesEverything();
+    void dragCommitsTheCellThatIsBeingEdited();
 };
 
 void tst_PrivateViewDragging::init()
@@ -521,6 +522,40 @@ void tst_PrivateViewDragging::dragThatEndsAtOnceLeavesEverything()
     QCoreApplication::processEvents();
     QCOMPARE(editor.titles(), QStringLiteral("ABCD"));
     QCOMPARE(editor.owner.saves, 0);
+}
+
+// A drag runs from the event loop, and a key that comes before it may begin to edit the row.
+void tst_PrivateViewDragging::dragCommitsTheCellThatIsBeingEdited()
+{
+    Editor editor;
+    editor.load(QStringLiteral("ABCD"));
+    QWindow *window = editor.window.windowHandle();
+    QTableView *table = editor.table();
+    const QPoint start(20, table->rowViewportPosition(1) + 8);
+    QTest::mousePress(window, Qt::LeftButton, {}, table->viewport()->mapTo(&editor.window, start));
+    for (int step = 1; step <= 2 * QApplication::startDragDistance(); ++step) {
+        const QPoint at = start + QPoint(0, step);
+        QMouseEvent move(QEvent::MouseMove, at, table->viewport()->mapToGlobal(at), Qt::NoButton,
+                         Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(table->viewport(), &move);
+    }
+    QTest::keyClick(table, Qt::Key_F2);
+    auto *cell = table->viewport()->findChild<QLineEdit *>();
+    QVERIFY(cell);
+    QTest::keyClicks(cell, QStringLiteral("Z"));
+    QCOMPARE(editor.titles(), QStringLiteral("ABCD"));
+    QVERIFY(!editor.view->DragDeleteCtrl());
+
+    QString titlesAtTheEnd;
+    QObject context;
+    NotificationCenter::defaultCenter().addObserver(&context, DragDeleteWindowNotification,
+                                                    [&](QObject *) { titlesAtTheEnd = editor.titles(); });
+    QTRY_VERIFY(editor.view->DragDeleteCtrl());
+    QTest::mouseRelease(window, Qt::LeftButton, {}, table->viewport()->mapTo(&editor.window, start));
+    QCOMPARE(titlesAtTheEnd, QStringLiteral("AZCD"));
+    QCOMPARE(editor.titlesOnDisk(), QStringLiteral("AZCD"));
+    QCOMPARE(editor.owner.saves, 1);
+    QTRY_VERIFY(!table->viewport()->findChild<QLineEdit *>());
 }
 
 LINKLIST_GUI_TEST_MAIN(tst_PrivateViewDragging)
