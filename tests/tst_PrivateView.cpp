@@ -449,6 +449,7 @@ void tst_PrivateView::setUpTwiceShowsAndConnectsEverythingOnce()
     QCOMPARE(window.findChildren<DragDeleteDetectView *>().size(), 1);
     QCOMPARE(table()->viewport()->findChildren<QLabel *>().size(), 1);
     QCOMPARE(m_owner.saves, 0);
+    m_view->commitEditing(); // sizes that the document has not take their steppers' numbers
 
     const auto saves = [this](const auto &edit) {
         m_owner.saves = 0;
