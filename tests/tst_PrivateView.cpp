@@ -439,7 +439,7 @@ void tst_PrivateView::setUpTwiceShowsAndConnectsEverythingOnce()
     m_view->setParent(&window);
     const auto leave = qScopeGuard([this] { m_view->setParent(nullptr); });
     window.show();
-    QApplication::setActiveWindow(&window);
+    window.activateWindow();
     select({1});
     m_view->loadDispInfo();
     settle();
@@ -486,7 +486,7 @@ void tst_PrivateView::setUpTwiceShowsAndConnectsEverythingOnce()
                  QVERIFY(m_view->acceptDrop(table(), &rows, 5));
              }),
              1);
-    QApplication::setActiveWindow(&window);
+    window.activateWindow();
     table()->setFocus();
     QTRY_VERIFY(table()->hasFocus());
     select({1});
