@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QLocale>
+#include <utility>
 
 namespace
 {
@@ -93,7 +94,7 @@ QString Bundle::localizedStringForKey(const QString &key, const QString &value, 
         }
         folders << resources;
         const QString name = table.isEmpty() ? QStringLiteral("Localizable") : table;
-        for (const QString &folder : qAsConst(folders)) {
+        for (const QString &folder : std::as_const(folders)) {
             const QString file = fileIn(folder, name, QStringLiteral("strings"));
             if (file.isNull())
                 continue;

@@ -32,7 +32,8 @@ public:
     // When a turn-over leaves more old logs than this, the first by name goes.
     static constexpr qsizetype mostBackups = 30;
 
-    explicit Log(const QString &folder = defaultFolder(), Clock clock = &QDateTime::currentDateTime);
+    explicit Log(
+        const QString &folder = defaultFolder(), Clock clock = [] { return QDateTime::currentDateTime(); });
 
     // Where logSave writes, below the person's home folder on every system.
     static QString defaultFolder();
