@@ -5,6 +5,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <fast_float/fast_float.h> // libc++ before 20 reads no fractions
 #include <limits>
 #include <string>
 
@@ -69,30 +70,15 @@ std::string decimalPrefix(QStringView text)
     return text.first(end).toLatin1().toStdString();
 }
 
-// Whether a number that does not fit is too large rather than too small: the place of its first digit that
-// counts, from the decimal point, tells.
-bool isHuge(const std::string &number)
-{
-    const size_t exponentAt = std::min(number.find_first_of("eE"), number.size());
-    const size_t point = std::min(number.find('.'), exponentAt);
-    const size_t first = std::min(number.find_first_of("123456789"), exponentAt);
-    const qint64 order = qint64(point) - qint64(first);
-    if (exponentAt == number.size())
-        return order > 0;
-    const QString exponent = QString::fromStdString(number.substr(exponentAt + 1));
-    return order + std::clamp<qint64>(toInteger(exponent), -1'000'000'000, 1'000'000'000) > 0;
-}
-
+// What does not fit comes as an infinity or as 0.
 template <typename Float>
 Float parse(QStringView text)
 {
     const std::string number = decimalPrefix(text);
     Float value = 0;
-    const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), value);
-    if (error != std::errc::result_out_of_range)
-        return value;
-    const Float limit = isHuge(number) ? std::numeric_limits<Float>::max() : Float(0);
-    return number.front() == '-' ? -limit : limit;
+    fast_float::from_chars(number.data(), number.data() + number.size(), value);
+    constexpr Float most = std::numeric_limits<Float>::max();
+    return std::clamp(value, -most, most);
 }
 } // namespace
 
