@@ -1,6 +1,7 @@
 #include "platform/StringsTable.h"
 
 #include "platform/File.h"
+#include "platform/Utf8.h"
 
 #include <QStringDecoder>
 #include <QUtf8StringView>
@@ -39,7 +40,7 @@ std::optional<QString> decoded(const QByteArray &content)
     } else {
         if (!QUtf8StringView(content).isValidUtf8())
             return std::nullopt;
-        text = QString::fromUtf8(content);
+        text = Utf8::decoded(content);
     }
     if (text.startsWith(QChar::ByteOrderMark))
         text.remove(0, 1);
@@ -228,7 +229,7 @@ std::optional<QString> textOf(pugi::xml_node element)
     for (const pugi::xml_node piece : element) {
         if (piece.type() == pugi::node_element)
             return std::nullopt;
-        text += QString::fromUtf8(piece.value());
+        text += Utf8::decoded(piece.value());
     }
     return text;
 }

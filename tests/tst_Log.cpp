@@ -201,6 +201,8 @@ void tst_Log::messageIsUtf8WhateverItsPrecision()
     QCOMPARE(get(log()), entry + "日本");
     QVERIFY(save("%.4s", "\xE6\x97\xA5\xE6\x9C\xAC"));
     QCOMPARE(get(log()), entry + "日本\n" + entry + "日\uFFFD");
+    QVERIFY(save("%.4s", "\xEF\xBB\xBF\xE6\x9C\xAC"));
+    QVERIFY2(get(log()).endsWith(entry + "\uFEFF\uFFFD"), get(log()).toHex().constData());
 }
 
 void tst_Log::messageThatCannotBeFormattedIsItsFormat()

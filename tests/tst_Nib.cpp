@@ -120,6 +120,8 @@ void tst_Nib::translatesTexts_data()
                                   << QStringLiteral("Titel <1>");
     QTest::newRow("not to translate")
         << QByteArray("<string notr=\"true\">Title</string>") << QStringLiteral("Title");
+    QTest::newRow("with a mark") << QByteArray("<string>\xEF\xBB\xBFTitle</string>")
+                                 << QStringLiteral("\uFEFFTitle");
     QTest::newRow("empty") << QByteArray("<string/>") << QString();
 }
 

@@ -459,6 +459,8 @@ void tst_PlayerConfiguration::leafValues_data()
     row("text with a twice escaped entity", R"(<a type="text">&amp;amp;lt;</a>)", R"("a":"&lt;")");
     row("text with a place marker", R"(<a type="text">%1 %@ %s</a>)", R"("a":"%1 %@ %s")");
     row("text in other scripts", R"(<a type="text">é שלום 😀</a>)", R"("a":"é שלום 😀")");
+    row("text with marks", "<a type=\"text\">\xEF\xBB\xBF\xEF\xBB\xBFx</a>",
+        "\"a\":\"\xEF\xBB\xBF\xEF\xBB\xBFx\"");
     row("text in CDATA", R"(<a type="text"><![CDATA[<x> & "y"]]></a>)", R"("a":"<x> & \"y\"")");
     row("text and CDATA are one", R"(<a type="text">x<![CDATA[y]]>z</a>)", R"("a":"xyz")");
     row("comment in text", R"(<a type="text">x<!-- no -->y</a>)", R"("a":"xy")");
@@ -504,7 +506,14 @@ void tst_PlayerConfiguration::leafValues_data()
     row("bool past 64 bits", R"(<a type="bool">18446744073709551616</a>)", R"("a":true)");
     row("bool past 32 bits", R"(<a type="bool">4294967296</a>)", R"("a":true)");
 
+    row("bool with a mark", "<a type=\"bool\">\xEF\xBB\xBFtrue</a>", R"("a":false)");
+    row("bool with a mark and a digit",
+        "<a type=\"bool\">\xEF\xBB\xBF"
+        "1</a>",
+        R"("a":false)");
+
     row("file that is not there", R"(<a type="file">images/none.png</a>)", R"("a":"images/none.png")");
+    row("file with a mark", "<a type=\"file\">\xEF\xBB\xBFnone.png</a>", "\"a\":\"\xEF\xBB\xBFnone.png\"");
     row("file is not escaped", R"(<a type="file">no"ne\</a>)", R"("a":"no"ne\")");
 
     row("key is never escaped", R"(<b-c.d_1 type="text">x</b-c.d_1>)", R"("b-c.d_1":"x")");
@@ -625,6 +634,9 @@ void tst_PlayerConfiguration::fileThatExistsAsItStandsGoesIntoTheRelativeFolder(
 
 void tst_PlayerConfiguration::fileThatDoesNotExistStaysAsItIs()
 {
+    put(at("marked.png"), "picture of another name");
+    QCOMPARE(json("<a type=\"file\">\xEF\xBB\xBFmarked.png</a>", QStringLiteral("files/plugin")),
+             QByteArray("\"a\":\"\xEF\xBB\xBFmarked.png\""));
     QCOMPARE(json("<a type=\"file\">images/a.png</a>", QStringLiteral("files/plugin")),
              QByteArray("\"a\":\"images/a.png\""));
     QCOMPARE(json("<a type=\"file\">/none/a.png</a>", QStringLiteral("files/plugin")),

@@ -23,6 +23,7 @@ private Q_SLOTS:
     void readsStringsOfAPropertyList();
     void passesOverOtherKindsOfValues();
     void propertyListKeepsBlanksEntitiesAndCData();
+    void propertyListKeepsAMarkInItsTexts();
     void deepNestingCostsNoStack();
     void brokenTableTellsPlaceAndReason_data();
     void brokenTableTellsPlaceAndReason();
@@ -102,6 +103,9 @@ void tst_StringsTable::readsEntries_data()
     QTest::newRow("octal") << QByteArray(R"(k = "\101\60\3519";)") << one(k, QStringLiteral("A0é9"));
     QTest::newRow("octal ends where a byte is full")
         << QByteArray(R"(k = "\777\18";)") << one(k, QStringLiteral("?7\x01") + u'8');
+    const QString marked = QStringLiteral("\uFEFFv");
+    QTest::newRow("a mark in front of the text")
+        << QByteArray("\xEF\xBB\xBF\"k\" = \"\xEF\xBB\xBFv\";") << one(k, marked);
     QTest::newRow("a text past the first plane")
         << QByteArray("k = \"\xF0\x9F\x98\x80\";") << one(k, QStringLiteral("😀"));
     QTest::newRow("placeholder") << QByteArray("\"%@ - %1\" = \"%1 %@\";")
@@ -201,6 +205,15 @@ void tst_StringsTable::propertyListKeepsBlanksEntitiesAndCData()
     QCOMPARE(result.entries, one(QStringLiteral(" "), QStringLiteral(" a <&b>é ")));
 }
 
+void tst_StringsTable::propertyListKeepsAMarkInItsTexts()
+{
+    const StringsTable::Result result
+        = StringsTable::read("\xEF\xBB\xBF<plist><dict><key>\xEF\xBB\xBFk</key>"
+                             "<string>\xEF\xBB\xBFv<!-- x -->\xEF\xBB\xBFw</string></dict></plist>");
+    QVERIFY2(result.ok, qPrintable(result.reason));
+    QCOMPARE(result.entries, one(QStringLiteral("\uFEFFk"), QStringLiteral("\uFEFFv\uFEFFw")));
+}
+
 void tst_StringsTable::deepNestingCostsNoStack()
 {
     constexpr int depth = 200'000;
@@ -230,6 +243,8 @@ void tst_StringsTable::brokenTableTellsPlaceAndReason_data()
     QTest::newRow("a value of another kind") << QByteArray("k = ( a, b );") << 1 << text;
     QTest::newRow("a letter outside ASCII without quotation marks")
         << QByteArray("\xC3\xA9 = v;") << 1 << text;
+    QTest::newRow("two marks") << QByteArray("\xEF\xBB\xBF\xEF\xBB\xBFk = v;") << 1 << text;
+    QTest::newRow("two marks in UTF-16") << QByteArray("\xFF\xFE\xFF\xFEk\0=\0v\0;\0", 12) << 1 << text;
     QTest::newRow("open value") << QByteArray("a = b;\nk = \"v;\n\n") << 2 << quote;
     QTest::newRow("open key") << QByteArray("\"") << 1 << quote;
     QTest::newRow("ends after a backslash") << QByteArray("k = \"v\\") << 1 << quote;

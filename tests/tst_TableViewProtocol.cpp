@@ -80,6 +80,7 @@ private Q_SLOTS:
     void emptyOneHasNoRowsAndNoColumns();
     void attributesBecomeRows();
     void childrenBecomeRows();
+    void namesAndTextsKeepAMark();
     void anotherTypeGivesEmptyRows();
     void commentsAndTextAreNoRowsAndNoFields();
     void secondRowWithAnExtraAttributeShowsNoColumnForIt();
@@ -166,6 +167,21 @@ void tst_TableViewProtocol::childrenBecomeRows()
         TableViewProtocol::Children, nullptr);
     QCOMPARE(table.getKeys(), names({"t", "l"}));
     QCOMPARE(texts(table), names({"one bold", "1&", "two", ""}));
+}
+
+void tst_TableViewProtocol::namesAndTextsKeepAMark()
+{
+    const QString name = QStringLiteral("\uFEFFk");
+    const QString text = QStringLiteral("\uFEFFv");
+    pugi::xml_document document;
+    pugi::xml_node row = document.append_child("list").append_child("row");
+    row.append_attribute(name.toUtf8().constData()) = text.toUtf8().constData();
+    row.append_child(name.toUtf8().constData()).text() = text.toUtf8().constData();
+    for (const int type : {TableViewProtocol::Attributes, TableViewProtocol::Children}) {
+        const TableViewProtocol table(document.first_child(), type, nullptr);
+        QCOMPARE(table.getKeys(), QStringList{name});
+        QCOMPARE(texts(table), QStringList{text});
+    }
 }
 
 void tst_TableViewProtocol::anotherTypeGivesEmptyRows()

@@ -8,6 +8,7 @@
 #include "Classes/Mode/security.h"
 #include "platform/File.h"
 #include "platform/Number.h"
+#include "platform/Utf8.h"
 
 #include <QFileInfo>
 #include <algorithm>
@@ -186,11 +187,11 @@ private:
             m_out.append(text);
             break;
         case PropertyType::Bool:
-            m_out.append(boolValue(QString::fromUtf8(utf8)) ? "true" : "false");
+            m_out.append(boolValue(Utf8::decoded(utf8)) ? "true" : "false");
             break;
         case PropertyType::File:
             m_out.append('"');
-            m_out.append(pathInBook(QString::fromUtf8(utf8)).toStdString());
+            m_out.append(pathInBook(Utf8::decoded(utf8)).toStdString());
             m_out.append('"');
             break;
         case PropertyType::Color:

@@ -2,6 +2,7 @@
 
 #include "Classes/Mode/Xml.h"
 #include "platform/Number.h"
+#include "platform/Utf8.h"
 
 #include <QAbstractItemView>
 #include <QItemSelectionModel>
@@ -16,11 +17,11 @@ QList<std::pair<QString, QString>> fieldsOf(const pugi::xml_node &element, int t
     QList<std::pair<QString, QString>> fields;
     if (type == TableViewProtocol::Attributes) {
         for (const pugi::xml_attribute &attribute : element.attributes())
-            fields.append({QString::fromUtf8(attribute.name()), Xml::decoded(attribute.value())});
+            fields.append({Utf8::decoded(attribute.name()), Utf8::decoded(attribute.value())});
     } else if (type == TableViewProtocol::Children) {
         for (const pugi::xml_node &child : element.children()) {
             if (child.type() == pugi::node_element)
-                fields.append({QString::fromUtf8(child.name()), Xml::text(child)});
+                fields.append({Utf8::decoded(child.name()), Xml::text(child)});
         }
     }
     return fields;

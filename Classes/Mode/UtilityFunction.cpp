@@ -5,6 +5,7 @@
 #include "Classes/Mode/Xml.h"
 #include "platform/Bundle.h"
 #include "platform/File.h"
+#include "platform/Utf8.h"
 
 #include <QDir>
 #include <QRegularExpression>
@@ -74,7 +75,7 @@ QString replaceStringForJS(const QString &text, QChar quote)
     const QByteArray utf8 = text.toUtf8();
     ScriptBuffer out;
     out.appendEscaped({utf8.constData(), size_t(utf8.size())}, quote.toLatin1());
-    return QString::fromUtf8(out.take());
+    return Utf8::decoded(out.take());
 }
 
 ElementDictionary xml2dict(const pugi::xml_node &element)
@@ -96,7 +97,7 @@ ElementDictionary xml2dict(const pugi::xml_node &element)
     for (const pugi::xml_node &child : element.children()) {
         if (child.type() != pugi::node_element)
             continue;
-        const QString name = QString::fromUtf8(child.name());
+        const QString name = Utf8::decoded(child.name());
         if (hasSeveralNodes(child))
             dictionary.insert(name, xml2dict(child));
         else

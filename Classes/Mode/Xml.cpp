@@ -1,9 +1,9 @@
 #include "Classes/Mode/Xml.h"
 
 #include "platform/File.h"
+#include "platform/Utf8.h"
 
 #include <QFileInfo>
-#include <QStringDecoder>
 #include <QXmlStreamReader>
 #include <algorithm>
 #include <array>
@@ -362,11 +362,6 @@ QByteArray serialize(const pugi::xml_node &element)
     return writer.bytes.contains('\r') ? writer.bytes.replace('\r', "&#13;") : writer.bytes;
 }
 
-QString decoded(QByteArrayView utf8)
-{
-    return QStringDecoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom)(utf8);
-}
-
 QString text(const pugi::xml_node &element)
 {
     QByteArray result;
@@ -375,7 +370,7 @@ QString text(const pugi::xml_node &element)
         if (isText(node) || node.type() == pugi::node_element)
             result += node.value();
     }
-    return decoded(result);
+    return Utf8::decoded(result);
 }
 
 void setText(pugi::xml_node element, const QString &text)

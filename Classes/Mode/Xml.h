@@ -52,9 +52,6 @@ ParseResult parseFile(const QString &path);
 // The element alone: no declaration, no mark, no added indentation, no final line feed.
 QByteArray serialize(const pugi::xml_node &element);
 
-// UTF-8 as text, a mark at its beginning being part of it: there it is a character like any other.
-QString decoded(QByteArrayView utf8);
-
 // All text inside the element, CDATA and text of descendants included, comments and instructions not.
 QString text(const pugi::xml_node &element);
 

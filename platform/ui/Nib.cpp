@@ -1,6 +1,7 @@
 #include "platform/ui/Nib.h"
 
 #include "Classes/Mode/Locale.h"
+#include "platform/Utf8.h"
 #include "platform/ui/Matrix.h"
 #include "platform/ui/Slider.h"
 #include "platform/ui/Stepper.h"
@@ -72,7 +73,7 @@ void translate(pugi::xml_node string)
         if (part.type() == pugi::node_pcdata || part.type() == pugi::node_cdata)
             source += part.value();
     }
-    const QString text = QString::fromUtf8(source);
+    const QString text = Utf8::decoded(source);
     if (text.isEmpty())
         return;
     string.text().set(loadAppString(text, text).toUtf8().constData());

@@ -1,6 +1,7 @@
 #include "Classes/Mode/Log/Log.h"
 
 #include "platform/File.h"
+#include "platform/Utf8.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -50,7 +51,7 @@ __attribute__((format(printf, 1, 0))) QByteArray formatted(const char *format, v
     // The terminator has its place behind a byte array's end.
     std::vsnprintf(bytes.data(), size_t(size) + 1, format, arguments);
     // A precision may cut a character in two; the log stays UTF-8.
-    return QUtf8StringView(bytes).isValidUtf8() ? bytes : QString::fromUtf8(bytes).toUtf8();
+    return QUtf8StringView(bytes).isValidUtf8() ? bytes : Utf8::decoded(bytes).toUtf8();
 }
 
 __attribute__((format(printf, 2, 0))) void writeLine(const char *prefix, const char *format,
