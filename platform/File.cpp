@@ -1,6 +1,7 @@
 #include "platform/File.h"
 
 #include "platform/Number.h"
+#include "platform/Utf8.h"
 
 #include <QDir>
 #include <QFile>
@@ -138,8 +139,7 @@ QStringList subpaths(const QString &folder, bool *isWhole)
     std::error_code error;
     fs::recursive_directory_iterator entry(root, fs::directory_options::skip_permission_denied, error);
     for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error))
-        result.append(
-            QFile::decodeName(QByteArray::fromStdString(entry->path().lexically_relative(root).string())));
+        result.append(Utf8::decoded(entry->path().lexically_relative(root).string()));
     if (isWhole && error)
         *isWhole = false;
     return result;

@@ -29,6 +29,7 @@ private Q_SLOTS:
     void removesAFolderButNotWhatItsLinksPointTo();
     void refusesPathsThatMeanTheCurrentFolder_data();
     void refusesPathsThatMeanTheCurrentFolder();
+    void subpathsNameAFileWhoseNameBeginsWithAMark();
     void subpathsListHiddenEntriesAndParentsFirst();
     void joinedHasOneSeparator();
 
@@ -164,6 +165,14 @@ void tst_File::refusesPathsThatMeanTheCurrentFolder()
     QVERIFY(!File::makeFolder(path));
     QVERIFY(!File::removeAll(path));
     QVERIFY(File::subpaths(path).isEmpty());
+}
+
+void tst_File::subpathsNameAFileWhoseNameBeginsWithAMark()
+{
+    const QString name = QStringLiteral("\uFEFFa");
+    put(m_folder->filePath(name), "x");
+    QCOMPARE(File::subpaths(m_folder->path()), QStringList{name});
+    QVERIFY(File::exists(m_folder->filePath(name)));
 }
 
 void tst_File::subpathsListHiddenEntriesAndParentsFirst()
