@@ -474,7 +474,6 @@ void tst_PlayerPage::tenThousandLinksAreShown()
     grab();
     qInfo("10,000 links loaded and painted after %lld ms", timer.elapsed());
     QCOMPARE(evaluate("document.querySelectorAll('#links li a[href]').length").toInt(), 10'000);
-    QVERIFY(timer.elapsed() < loadTimeout);
 }
 
 void tst_PlayerPage::keyboardReachesBoxAndLinks()

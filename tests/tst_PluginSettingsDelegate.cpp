@@ -302,10 +302,12 @@ void tst_PluginSettingsDelegate::setModalModeAfterTheWindowLoadedComesTooLate()
     modal->setWorkSpace(m_bundle->workSpace());
     modal->setModalMode(true);
     QVERIFY(modal->window());
-    QTimer::singleShot(1000, modal.get(), [&modal] { ModalLoop::stopModalWithCode(7); });
+    QTimer::singleShot(0, modal.get(), [&modal] {
+        QTRY_VERIFY(!modal->isChange());
+        ModalLoop::stopModalWithCode(7);
+    });
     QVERIFY(modal->isChange());
     QCOMPARE(modal->runModal(), 7);
-    QVERIFY(!modal->isChange());
 }
 
 void tst_PluginSettingsDelegate::okPublishesAndStripsTheWorkspace()

@@ -13,6 +13,8 @@
 #include <QElapsedTimer>
 #include <QLineEdit>
 #include <QTimer>
+#include <algorithm>
+#include <limits>
 
 using Controller = PluginSettingsDelegate;
 
@@ -108,7 +110,7 @@ private:
     // Runs what is queued until the call has come that many times.
     static bool waitFor(const RecordingWebView &view, const QString &call, int times = 1)
     {
-        return QTest::qWaitFor([&] { return view.calls.count(call) >= times; });
+        return QTest::qWaitFor([&] { return view.calls.count(call) >= times; }, waitLimit);
     }
     QString loadCall() const
     {
@@ -158,11 +160,11 @@ void tst_Preview::timerLooksThreeTimesASecondUntilTheClose()
 
 void tst_Preview::firstTickLoadsThePreview()
 {
+    QElapsedTimer timer;
+    timer.start(); // before the controller's own can have begun
     const auto controller = open();
     QVERIFY(controller->isChange());
     QVERIFY(!controller->isNeedReload());
-    QElapsedTimer timer;
-    timer.start();
     QVERIFY(waitFor(*m_view, loadCall()));
     QVERIFY2(timer.elapsed() >= 400, qPrintable(QString::number(timer.elapsed())));
     QVERIFY(!controller->isChange());
@@ -326,11 +328,17 @@ void tst_Preview::viewWithoutAnEngineIsToldAtOnce()
 {
     const auto controller = open();
     m_view->isEngineThere = false;
-    QElapsedTimer timer;
-    timer.start();
-    controller->loadMainPage();
-    QVERIFY2(timer.elapsed() < 100, qPrintable(QString::number(timer.elapsed())));
-    QCOMPARE(m_view->calls, QStringList{loadCall()});
+    // A pause would be in each of them, whatever else the machine does.
+    qint64 quickest = std::numeric_limits<qint64>::max();
+    for (int i = 0; i < 20; ++i) {
+        m_view->calls.clear();
+        QElapsedTimer timer;
+        timer.start();
+        controller->loadMainPage();
+        quickest = std::min(quickest, timer.elapsed());
+        QCOMPARE(m_view->calls, QStringList{loadCall()});
+    }
+    QVERIFY2(quickest < 100, qPrintable(QString::number(quickest)));
     controller->onCancel();
 }
 

@@ -201,12 +201,12 @@ void tst_WebViewRefresh::pictureIsTakenAwayWhenTheLoadFails()
     showPage();
     // A habit of the engine's own error page.
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("non-JS module files deprecated")));
-    QElapsedTimer timer;
-    timer.start();
+    const QSignalSpy painted(qobject_cast<WebPage *>(engineView(*m_view)->page()), &WebPage::painted);
     m_delegate->refresh(at("none.html"));
     QVERIFY(isCovered());
-    QTRY_VERIFY(!isCovered());
-    QVERIFY2(timer.elapsed() < WebView::coverLimit, qPrintable(QString::number(timer.elapsed())));
+    // By the error page that is painted, and not by the limit that comes later.
+    QTRY_VERIFY(!painted.isEmpty());
+    QVERIFY(!isCovered());
     QVERIFY(m_delegate->isReloadOwed);
 }
 
@@ -239,14 +239,13 @@ void tst_WebViewRefresh::pictureIsTakenAwayInTime()
 void tst_WebViewRefresh::pictureIsTakenAwayWhenTheEngineDies()
 {
     showPage();
-    QElapsedTimer timer;
-    timer.start();
+    const QSignalSpy died(engineView(*m_view)->page(), &QWebEnginePage::renderProcessTerminated);
     m_view->hide();
     m_view->show();
     QVERIFY(isCovered());
     ::kill(pid_t(engineView(*m_view)->page()->renderProcessPid()), SIGKILL);
-    QTRY_VERIFY(!isCovered());
-    QVERIFY2(timer.elapsed() < WebView::coverLimit / 2, qPrintable(QString::number(timer.elapsed())));
+    QTRY_VERIFY(!died.isEmpty());
+    QVERIFY(!isCovered());
 }
 
 void tst_WebViewRefresh::killedEngineComesBackWithTheNextLoad()

@@ -4,6 +4,15 @@
 #include <QObject>
 #include <QTest>
 
+// How long a test waits for what must come, in milliseconds; never spent when all is well. The five seconds
+// that these take by themselves are short on a busy machine.
+constexpr int waitLimit = 30'000;
+
+#undef QTRY_VERIFY
+#define QTRY_VERIFY(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, waitLimit)
+#undef QTRY_COMPARE
+#define QTRY_COMPARE(actual, expected) QTRY_COMPARE_WITH_TIMEOUT(actual, expected, waitLimit)
+
 // The base of every test class: a test function fails on any Qt warning that it did not announce with
 // QTest::ignoreMessage and that is not on the short list of allowed ones in TestCase.cpp. A class with an
 // init() of its own calls TestCase::init() first.
