@@ -71,8 +71,8 @@ const statementWords = new Set([
 const notOperands = new Set([...statementWords, "operator", "new", "co_await", "co_yield", "and", "or", "not"]);
 const assignments = new Set(["=", "+=", "-=", "*=", "/=", "%=", "&=", "|=", "^=", "<<=", ">>="]);
 // Followed by parentheses: what the compiler or its tools read, and nothing that runs in what is shipped.
-const notCode = new RegExp("^(static_assert|decltype|noexcept|alignas|requires|Q_(ASSERT(_X)?|UNUSED|PROPERTY|PLUGIN_METADATA"
-    + "|INTERFACES|CLASSINFO|(DECLARE|DISABLE)_\\w+|(ENUM|FLAG)\\w*))$");
+const notCode = new RegExp("^(static_assert|decltype|noexcept|alignas|requires|Q_(ASSERT(_X)?|UNUSED|PROPERTY"
+    + "|PLUGIN_METADATA|INTERFACES|CLASSINFO|(DECLARE|DISABLE)_\\w+|(ENUM|FLAG)\\w*))$");
 
 // Token by token: where brackets close and open, and which tokens are no code.
 function structure(tokens) {
@@ -126,10 +126,11 @@ function scopes(tokens, { partner, skipped }) {
     const stack = [{ kind: "namespace", head: 0 }];
     const isLambdaStart = (i) =>
         tokens[i]?.text === "[" && (i === 0 || !(isOperand(tokens[i - 1]) || tokens[i - 1].text === "["));
-    // From the last token before a body backwards, over trailing return type and specifiers, to the ) or ] of its parameters.
+    // From the last token before a body backwards, over return type and specifiers, to the ) or ] of its parameters.
     const parametersEnd = (i, from) => {
         let j = i;
-        const isSpecifier = ({ kind, text }, k) => kind === "identifier" || /^(::|<|>|>>|\*|&|,|->)$/.test(text) || skipped[k];
+        const isSpecifier = ({ kind, text }, k) =>
+            kind === "identifier" || /^(::|<|>|>>|\*|&|,|->)$/.test(text) || skipped[k];
         while (j > from && isSpecifier(tokens[j], j))
             j--;
         const between = tokens.slice(j + 1, i + 1).map((t) => t.text);
@@ -224,7 +225,8 @@ function otherNumbers(text) {
     if ((found = /^0([xX])([0-9a-fA-F]+)([uUlLzZ]*)$|^0([bB])([01]+)([uUlLzZ]*)$/.exec(digits))) {
         const [letter, body, suffix] = found.slice(1).filter((group) => group !== undefined);
         const radix = /x/i.test(letter) ? 16 : 2;
-        return both(BigInt(`0${letter}${body}`), (n) => `0${letter}${n.toString(radix).padStart(body.length, "0")}${suffix}`);
+        const written = (n) => n.toString(radix).padStart(body.length, "0");
+        return both(BigInt(`0${letter}${body}`), (n) => `0${letter}${written(n)}${suffix}`);
     }
     if ((found = /^0([0-7]+)([uUlLzZ]*)$/.exec(digits)))
         return both(BigInt(`0o${found[1]}`), (n) => `0${n.toString(8)}${found[2]}`);
