@@ -735,7 +735,7 @@ void tst_PluginSettingsDelegate::tabWalksTheWindowInReadingOrder()
 {
     const auto controller = open();
     controller->showWindow();
-    QApplication::setActiveWindow(controller->window());
+    QVERIFY(QTest::qWaitForWindowActive(controller->window()));
     field(*controller, "txtTop")->setFocus();
     QTRY_VERIFY(field(*controller, "txtTop")->hasFocus());
     QStringList walked;

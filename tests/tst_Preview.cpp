@@ -364,7 +364,7 @@ void tst_Preview::fieldKeepsTheFocusAndItsSelection()
 {
     const auto controller = open();
     controller->showWindow();
-    QApplication::setActiveWindow(controller->window());
+    QVERIFY(QTest::qWaitForWindowActive(controller->window()));
     auto *field = controller->outlet<QLineEdit>("txtTitleContent");
     field->setText(QStringLiteral("heading"));
     field->setFocus();
@@ -383,7 +383,7 @@ void tst_Preview::previewGetsItsFocusBackAndNoFieldSeesIt()
     const auto controller = open();
     m_view->setFocusProxy(m_view->focusable);
     controller->showWindow();
-    QApplication::setActiveWindow(controller->window());
+    QVERIFY(QTest::qWaitForWindowActive(controller->window()));
     m_view->focusable->setFocus();
     QTRY_VERIFY(m_view->focusable->hasFocus());
     QStringList visited;

@@ -132,8 +132,7 @@ void tst_PreviewEngine::open(bool isModal)
     if (isModal)
         return;
     m_controller->showWindow();
-    QApplication::setActiveWindow(m_controller->window());
-    QVERIFY(QTest::qWaitForWindowExposed(m_controller->window()));
+    QVERIFY(QTest::qWaitForWindowActive(m_controller->window()));
     QSignalSpy finished(m_view, &WebView::loadFinished);
     QVERIFY(waitFor([&] { return finished.count() == 2; }));
     const QSignalSpy painted(qobject_cast<WebPage *>(engineView(*m_view)->page()), &WebPage::painted);
@@ -321,7 +320,6 @@ void tst_PreviewEngine::deletedPageComesBackWithTheNextEdit()
 {
     open();
     QVERIFY(QFile::remove(inWorkSpace("index.html")));
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("non-JS module files deprecated")));
     QSignalSpy finished(m_view, &WebView::loadFinished);
     m_controller->refreshPreview();
     QVERIFY(waitFor([&] { return finished.count() == 1 && !m_view->isCovered(); }));

@@ -916,7 +916,7 @@ void tst_PrivateView::keysOfTheTable()
 {
     load(fiveTitles);
     m_view->show();
-    QApplication::setActiveWindow(m_view.get());
+    QVERIFY(QTest::qWaitForWindowActive(m_view.get()));
     table()->setFocus();
     QTRY_VERIFY(table()->hasFocus());
     select({1});
@@ -927,7 +927,8 @@ void tst_PrivateView::keysOfTheTable()
     answer("btnAlertFirst");
     QTest::keyClick(table(), Qt::Key_Delete);
     QCOMPARE(titles(), QStringLiteral("ACDE"));
-    QApplication::setActiveWindow(m_view.get()); // as a window manager does when the question goes
+    m_view->activateWindow(); // as a window manager does when the question goes
+    QVERIFY(QTest::qWaitForWindowActive(m_view.get()));
     QTest::keyClick(table(), Qt::Key_A, Qt::ControlModifier);
     QCOMPARE(selection().size(), 4);
     QTest::keyClick(table(), Qt::Key_Insert);
@@ -948,7 +949,7 @@ void tst_PrivateView::keysInATextFieldBelongToTheText()
 {
     load(fiveTitles);
     m_view->show();
-    QApplication::setActiveWindow(m_view.get());
+    QVERIFY(QTest::qWaitForWindowActive(m_view.get()));
     select({1});
     part("txtContent")->setFocus();
     QTRY_VERIFY(part("txtContent")->hasFocus());

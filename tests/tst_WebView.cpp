@@ -113,8 +113,6 @@ void tst_WebView::readsLocalFilesOfItsOwnFolderOnly()
     put(at("book/index.html").toLocalFile(),
         "<title>read:</title><script src='../secret.js'></script><script src='..%2Fsecret.js'></script>"
         "<script src='below/own.js'></script><iframe src='../secret.js'></iframe>");
-    // The frame shows the engine's own error page, which says this out of habit.
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("non-JS module files deprecated")));
     WebView view;
     QCOMPARE(load(view, at("book/index.html")), 1);
     QTRY_COMPARE(engineView(view)->title(), QStringLiteral("read: own"));
@@ -128,8 +126,6 @@ void tst_WebView::readsLocalFilesOfItsOwnFolderOnly()
 
 void tst_WebView::missingPageIsAFailedLoad()
 {
-    // A habit of the engine's own error page.
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("non-JS module files deprecated")));
     WebView view;
     QCOMPARE(load(view, at("none.html")), 0);
 }

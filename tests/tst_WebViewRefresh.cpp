@@ -199,8 +199,6 @@ void tst_WebViewRefresh::pictureFollowsTheViewsSize()
 void tst_WebViewRefresh::pictureIsTakenAwayWhenTheLoadFails()
 {
     showPage();
-    // A habit of the engine's own error page.
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("non-JS module files deprecated")));
     const QSignalSpy painted(qobject_cast<WebPage *>(engineView(*m_view)->page()), &WebPage::painted);
     m_delegate->refresh(at("none.html"));
     QVERIFY(isCovered());
@@ -335,7 +333,6 @@ void tst_WebViewRefresh::blankPageIsNoFinishedLoad()
 
 void tst_WebViewRefresh::failedLoadIsNoFinishedLoad()
 {
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("non-JS module files deprecated")));
     QCOMPARE(load(*m_view, at("none.html")), 0);
     QCOMPARE(evaluate(*m_view, QStringLiteral("1")).toInt(), 1);
     QCOMPARE(m_delegate->finished, 0);
