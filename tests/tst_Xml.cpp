@@ -5,6 +5,7 @@
 
 #include <QFile>
 #include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QXmlStreamReader>
 #include <clocale>
 
@@ -44,11 +45,14 @@ int depth(const QByteArray &xml)
 // neighbouring texts are one and blank ones do not count.
 std::optional<QStringList> seenByAnotherReader(const QByteArray &xml)
 {
-    // It overlooks a character that is cut at the very end, and control characters in attribute names.
+    // It overlooks a character that is cut at the very end, and forbidden characters in attribute names.
     const auto isControl = [](char c) { return uchar(c) < 0x20 && c != '\t' && c != '\n' && c != '\r'; };
-    if (!xml.isValidUtf8() || std::any_of(xml.begin(), xml.end(), isControl))
+    if (!xml.isValidUtf8() || std::any_of(xml.begin(), xml.end(), isControl) || xml.contains("\xEF\xBF\xBF"))
         return {};
-    QXmlStreamReader reader(xml);
+    // Its edition of XML has no U+FEFF in names yet. One in front is the mark.
+    const QByteArray mark("\xEF\xBB\xBF");
+    const qsizetype start = xml.startsWith(mark) ? mark.size() : 0;
+    QXmlStreamReader reader(xml.first(start) + xml.sliced(start).replace(mark, "\xC3\xA9"));
     reader.setNamespaceProcessing(false);
     QStringList result;
     QString text;
@@ -88,6 +92,18 @@ QString randomText(QRandomGenerator &random)
     return text;
 }
 
+// The productions Name, NameStartChar and NameChar of XML 1.0, fifth edition.
+bool isNameByXml(const QString &text)
+{
+    static const QString start = u(
+        R"(:A-Z_a-z\x{C0}-\x{D6}\x{D8}-\x{F6}\x{F8}-\x{2FF}\x{370}-\x{37D}\x{37F}-\x{1FFF}\x{200C}-\x{200D})"
+        R"(\x{2070}-\x{218F}\x{2C00}-\x{2FEF}\x{3001}-\x{D7FF}\x{F900}-\x{FDCF}\x{FDF0}-\x{FFFD})"
+        R"(\x{10000}-\x{EFFFF})");
+    static const QString rest = start + u(R"(\-.0-9\x{B7}\x{300}-\x{36F}\x{203F}-\x{2040})");
+    static const QRegularExpression name(u("^[") + start + u("][") + rest + u("]*\\z"));
+    return name.match(text).hasMatch();
+}
+
 pugi::xml_node rootOf(const Xml::ParseResult &result)
 {
     return result.document->document_element();
@@ -107,6 +123,9 @@ private Q_SLOTS:
     void acceptsDocuments();
     void refusesWhatIsNoDocument_data();
     void refusesWhatIsNoDocument();
+    void everyCharacterIsInNamesAsXmlSays_data();
+    void everyCharacterIsInNamesAsXmlSays();
+    void randomNamesAreAsXmlSays();
     void twoHundredFiftySixLevelsAreTheMost();
     void depthCountsEmptyElementsAndNotSiblings();
     void twoHundredThousandLevelsAreRefusedQuickly();
@@ -197,6 +216,9 @@ void tst_Xml::acceptsDocuments_data()
     row("character references", "<r a='&#10;'>&#9;&#10;&#13;&#32;&#xE9;&#x1f600;&#x10FFFF;&#xFFFD;</r>");
     row("blank before the end of a closing tag", "<r ></r \n>");
     row("names beyond ascii", "<caf\xC3\xA9 \xC3\xA9='1'/>");
+    row("names of the current edition", "<\xC4\xB2 \xF0\x90\x80\x80\xCC\x81='1'/>");
+    row("names of the current edition beside a comment",
+        "<\xC4\xB2><!--\xC3\x97--><?\xE2\x82\xAC\xE2\x86\x88?></\xC4\xB2>");
     row("names with colon, dash, dot and digits", "<a:b-c.1_2 _x:y='1'/>");
     row("text beyond ascii", "<r>\xF0\x9F\x98\x80\xE6\x97\xA5</r>");
     row("delete and C1 characters", "<r>\x7F\xC2\x80</r>");
@@ -255,6 +277,15 @@ void tst_Xml::refusesWhatIsNoDocument_data()
     row("name begins with a digit", "<1/>");
     row("name begins with a dash", "<-a/>");
     row("name holds a sign", "<a$/>");
+    row("name holds a line separator", "<a\xE2\x80\xA8/>");
+    row("name holds a next line", "<a\xC2\x85></a\xC2\x85>");
+    row("name begins with a combining character",
+        "<\xCC\x81"
+        "a/>");
+    row("attribute name holds a line separator", "<r a\xE2\x80\xA8='1'/>");
+    row("attribute name holds U+FFFE", "<r a\xEF\xBF\xBE='1'/>");
+    row("attribute name is a next line", "<r \xC2\x85='1'/>");
+    row("instruction's name holds a line separator", "<r><?p\xE2\x80\xA8 q?></r>");
     row("no name", "<></>");
     row("attribute without a value", "<r a/>");
     row("attribute without quotes", "<r a=1/>");
@@ -348,6 +379,95 @@ void tst_Xml::refusesWhatIsNoDocument()
     QVERIFY(!result.document);
     QVERIFY(!result.reason.isEmpty());
     QVERIFY(result.offset >= 0 && result.offset <= xml.size());
+}
+
+void tst_Xml::everyCharacterIsInNamesAsXmlSays_data()
+{
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("after");
+    const auto row = [](const char *name, const char *before, const char *after) {
+        QTest::newRow(name) << u(before) << u(after);
+    };
+    row("element", "<", "/>");
+    row("element beside a comment", "<!--c--><", "/>");
+    row("attribute", "<r ", "=''/>");
+    row("attribute beside a comment", "<!--c--><r ", "=''/>");
+    row("instruction", "<r/><?", " x?>");
+}
+
+void tst_Xml::everyCharacterIsInNamesAsXmlSays()
+{
+    QFETCH(QString, before);
+    QFETCH(QString, after);
+    const bool isStrict = before.contains(u'!') || before.contains(u'?');
+    // Every one where the alphabets are; further on those beside the ends of rows, where the ranges end, too.
+    const auto next = [](char32_t code) {
+        if (code < 0x3100)
+            return code + 1;
+        const char32_t row = code < 0x10020 ? 0xF : 0xFFF;
+        return (code & row) == 0 ? code + row - 2 : code + 1;
+    };
+    for (char32_t code = 1; code <= 0x10FFFF; code = next(code)) {
+        if (QChar::isSurrogate(code))
+            continue;
+        QString character;
+        character += QChar::fromUcs4(code);
+        if (isStrict && code == ':')
+            continue; // which the strict reader wants inside a name only
+        for (const QString &name : {character, u'p' + character}) {
+            const auto result = Xml::parse((before + name + after).toUtf8());
+            bool isTaken = false; // as that name, where a document may have another meaning
+            if (result) {
+                const pugi::xml_node root = rootOf(result);
+                for (const QByteArray &found :
+                     {QByteArray(root.name()), QByteArray(root.first_attribute().name()),
+                      QByteArray(root.next_sibling().name())})
+                    isTaken = isTaken || found == name.toUtf8();
+            }
+            QVERIFY2(isTaken == isNameByXml(name),
+                     qPrintable(QStringLiteral("U+%1 in %2").arg(code, 4, 16).arg(before + name + after)));
+        }
+    }
+}
+
+void tst_Xml::randomNamesAreAsXmlSays()
+{
+    const QString pieces
+        = u("abxyABXY_-.09é\u00B7\u00D7\u0085\u00A0\u0132\u0301\u036F\u2028\u203F\u2190\u3000\u3001"
+            "\uD7A3\uE000\uFDD0\uFFFD\uFFFE\U00010000\U000EFFFF\U000F0000\u4E69\u4E03");
+    const QList<uint> codes = pieces.toUcs4();
+    QRandomGenerator random(3);
+    const auto randomName = [&] {
+        QString name;
+        for (int length = 1 + random.bounded(3); length > 0; --length)
+            name += QChar::fromUcs4(codes[random.bounded(int(codes.size()))]);
+        return name;
+    };
+    int accepted = 0;
+    for (int i = 0; i < 60'000; ++i) {
+        const QString element = randomName();
+        const QString first = randomName();
+        const QString second = randomName();
+        QString xml = u'<' + element + u' ' + first + u("='1' ") + second + u("='2'>") + first + u("</")
+            + element + u'>';
+        bool isDocument
+            = isNameByXml(element) && isNameByXml(first) && isNameByXml(second) && first != second;
+        if (random.bounded(2) == 0) {
+            const QString target = randomName();
+            xml += u("<?") + target + u("?><!--") + second + u("-->");
+            isDocument = isDocument && isNameByXml(target) && !second.contains(QChar(0xFFFE))
+                && !second.contains(u("--")) && !second.endsWith(u'-');
+        }
+        const auto result = Xml::parse(xml.toUtf8());
+        QVERIFY2(bool(result) == isDocument, qPrintable(xml + u' ' + result.reason));
+        if (!result)
+            continue;
+        ++accepted;
+        QCOMPARE(u(rootOf(result).name()), element);
+        QCOMPARE(u(rootOf(result).last_attribute().name()), second);
+        QCOMPARE(Xml::text(rootOf(result)), first);
+    }
+    QVERIFY2(accepted > 1000, qPrintable(QString::number(accepted)));
 }
 
 void tst_Xml::twoHundredFiftySixLevelsAreTheMost()

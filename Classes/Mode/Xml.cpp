@@ -113,6 +113,46 @@ private:
     }
 };
 
+struct Range {
+    uint first;
+    uint last;
+};
+
+// What a name may begin with by XML 1.0, and what else it may hold further on.
+constexpr auto nameStarts = std::to_array<Range>({{':', ':'},
+                                                  {'A', 'Z'},
+                                                  {'_', '_'},
+                                                  {'a', 'z'},
+                                                  {0xC0, 0xD6},
+                                                  {0xD8, 0xF6},
+                                                  {0xF8, 0x2FF},
+                                                  {0x370, 0x37D},
+                                                  {0x37F, 0x1FFF},
+                                                  {0x200C, 0x200D},
+                                                  {0x2070, 0x218F},
+                                                  {0x2C00, 0x2FEF},
+                                                  {0x3001, 0xD7FF},
+                                                  {0xF900, 0xFDCF},
+                                                  {0xFDF0, 0xFFFD},
+                                                  {0x10000, 0xEFFFF}});
+constexpr auto nameContinuations
+    = std::to_array<Range>({{'-', '.'}, {'0', '9'}, {0xB7, 0xB7}, {0x300, 0x36F}, {0x203F, 0x2040}});
+
+template <size_t size>
+bool isIn(const std::array<Range, size> &ranges, uint code)
+{
+    return std::any_of(ranges.begin(), ranges.end(),
+                       [code](const Range &range) { return code >= range.first && code <= range.last; });
+}
+
+bool isName(const char *utf8)
+{
+    const QList<uint> codes = Utf8::decoded(utf8).toUcs4();
+    return !codes.isEmpty() && isIn(nameStarts, codes.first())
+        && std::all_of(codes.begin() + 1, codes.end(),
+                       [](uint code) { return isIn(nameStarts, code) || isIn(nameContinuations, code); });
+}
+
 bool isAscii(const char *name)
 {
     for (; *name != '\0'; ++name) {
@@ -122,7 +162,7 @@ bool isAscii(const char *name)
     return true;
 }
 
-bool hasAngle(const char *value)
+bool holdsAngle(const char *value)
 {
     while (*value != '\0' && *value != '<')
         ++value;
@@ -139,12 +179,14 @@ bool repeatsAttribute(const pugi::xml_node &element)
     return false;
 }
 
-// What the parser lets through: `isPlain` is false where only a strict reader can tell whether it is allowed.
+// What the parser lets through. Of names it takes ASCII as XML does, and anything beyond.
 // The parser's own walk is several times faster than one from node to node through its interface.
 struct Shape : pugi::xml_tree_walker {
     bool isTooDeep = false;
     bool hasRepeatedAttribute = false;
-    bool isPlain = true;
+    bool hasForeignName = false; // one beyond ASCII
+    bool hasWrongName = false;
+    bool hasAngle = false; // in an attribute's value, which is allowed by reference alone
 
     explicit Shape(pugi::xml_document &document) { document.traverse(*this); }
 
@@ -154,14 +196,24 @@ struct Shape : pugi::xml_tree_walker {
         if (*name == '\0') // text
             return true;
         isTooDeep = depth() >= deepestLevel && node.type() == pugi::node_element;
-        isPlain = isPlain && isAscii(name);
+        look(name);
         int attributes = 0;
         for (auto attribute = node.first_attribute(); attribute; attribute = attribute.next_attribute()) {
-            isPlain = isPlain && isAscii(attribute.name()) && !hasAngle(attribute.value());
+            look(attribute.name());
+            hasAngle = hasAngle || holdsAngle(attribute.value());
             ++attributes;
         }
         hasRepeatedAttribute = hasRepeatedAttribute || (attributes > 1 && repeatsAttribute(node));
         return !isTooDeep;
+    }
+
+private:
+    void look(const char *name)
+    {
+        if (isAscii(name))
+            return;
+        hasForeignName = true;
+        hasWrongName = hasWrongName || !isName(name);
     }
 };
 
@@ -179,6 +231,21 @@ pugi::xml_node next(pugi::xml_node node, const pugi::xml_node &root, int &depth)
         --depth;
     }
     return {};
+}
+
+// The same document to a reader of markup, in letters that every edition of XML has in names: the strict
+// reader knows the names of an earlier one. Each byte beyond ASCII becomes a letter of its own, so that
+// different names stay different.
+QByteArray inOldLetters(QByteArrayView utf8)
+{
+    constexpr uint letters = 0x4E00; // ideographs
+    QString text;
+    text.reserve(utf8.size());
+    for (const char byte : utf8) {
+        const uint code = uchar(byte);
+        text += QChar(code < 0x80 ? code : letters + code);
+    }
+    return text.toUtf8();
 }
 
 // The full check, an order of magnitude slower than parsing: only for documents that hold something unusual.
@@ -278,9 +345,12 @@ ParseResult checkedElements(std::unique_ptr<pugi::xml_document> document, QByteA
         return failure(QStringLiteral("the document is nested deeper than 256 levels"));
     if (shape.hasRepeatedAttribute)
         return failure(QStringLiteral("an attribute is repeated"));
-    if (isSuspicious || !shape.isPlain) {
+    if (shape.hasWrongName)
+        return failure(QStringLiteral("a name holds a character that no name may hold there"));
+    if (isSuspicious || shape.hasAngle) {
+        const QByteArray letters = shape.hasForeignName ? inOldLetters(utf8) : QByteArray();
         qsizetype offset = 0;
-        if (const QString error = strictError(utf8, offset); !error.isEmpty())
+        if (const QString error = strictError(letters.isNull() ? utf8 : letters, offset); !error.isEmpty())
             return failure(error, offset);
     }
     return {std::move(document), 0, QString()};
@@ -301,6 +371,8 @@ Draft draft(QByteArrayView utf8)
         return {failure(QStringLiteral("the document is not UTF-8"))};
     if (bytes.hasControls)
         return {failure(QStringLiteral("the document holds control characters"))};
+    if (bytes.hasNonCharacters)
+        return {failure(QStringLiteral("the document holds U+FFFE or U+FFFF"))};
     if (bytes.hasUnusualReferences && !bytes.hasSpecialMarkup)
         return {failure(QStringLiteral("the document holds a reference to nothing"))};
 
@@ -317,10 +389,10 @@ Draft draft(QByteArrayView utf8)
         return {failure(QString::fromLatin1(parsed.description()), qsizetype(parsed.offset))};
     if (!hasOneRoot(*document))
         return {failure(QStringLiteral("the document is not one element"))};
-    if (!isSpecial && !bytes.hasNonCharacters)
+    if (!isSpecial)
         return {{std::move(document), 0, QString()}, utf8};
     Draft result{checkedElements(std::move(document), utf8, true)};
-    if (isSpecial && result.parsed)
+    if (result.parsed)
         removeBlankText(result.parsed.document->document_element());
     return result;
 }
