@@ -22,7 +22,7 @@ right_is() { [ "$(sed -n 3p "$settings")" = "$1" ]; }
 is_on_top() {
     local top
     top=$(xprop -root _NET_CLIENT_LIST_STACKING | grep -o '0x[0-9a-f]*' | tail -n 1)
-    [ "$((top))" = "$(xdotool search --onlyvisible --name "$1" | tail -n 1)" ]
+    [ "$((top))" = "$(xdotool search --onlyvisible --name "$1" 2>/dev/null | tail -n 1)" ]
 }
 type_into() {
     click "$1"
