@@ -115,7 +115,8 @@ private Q_SLOTS:
     void windowFloatsAfterTheChooser();
     void otherChoosersAreIgnored();
     void colorChosenAfterEditingEndedIsNotSaved();
-    void applicationsEndIsTheChoosers();
+    void applicationThatEndsEndsTheChooser();
+    void chooserAsksBeforeTheApplicationQuits();
     void editorMayGoWhileTheChooserIsOpen();
 
 private:
@@ -1132,7 +1133,7 @@ void tst_PrivateView::colorChosenAfterEditingEndedIsNotSaved()
     QVERIFY(!ModalLoop::isRunning());
 }
 
-void tst_PrivateView::applicationsEndIsTheChoosers()
+void tst_PrivateView::applicationThatEndsEndsTheChooser()
 {
     auto *swatch = part<ColorButtonCell>("btnBodyFontColor");
     const auto before = swatch->backgroundColor();
@@ -1141,6 +1142,34 @@ void tst_PrivateView::applicationsEndIsTheChoosers()
         choose("00ff00", "none", [] { QCoreApplication::exit(3); });
         swatch->click();
         after = swatch->backgroundColor();
+    });
+    QCOMPARE(QCoreApplication::exec(), 3);
+    QVERIFY(before.has_value());
+    QCOMPARE(after, before);
+    QVERIFY(!ModalLoop::isRunning());
+    QVERIFY(!ColorPanelDelegate::delegate());
+    QCOMPARE(m_owner.saves, 0);
+}
+
+// Quitting closes the windows first, and the chooser asks as at its title bar's close.
+void tst_PrivateView::chooserAsksBeforeTheApplicationQuits()
+{
+    auto *swatch = part<ColorButtonCell>("btnBodyFontColor");
+    const auto before = swatch->backgroundColor();
+    std::optional<Color> after;
+    QTimer::singleShot(0, this, [&] {
+        choose("00ff00", "btnColorCancel", [] {
+            QCoreApplication::quit();
+            QVERIFY(ColorPanelDelegate::delegate());
+            const QWidget *panel = ColorPanelDelegate::delegate()->window();
+            QAbstractButton *cancel = nullptr;
+            QTRY_VERIFY((cancel = panel->findChild<QAbstractButton *>(QStringLiteral("btnAlertSecond"))));
+            cancel->click();
+            QTRY_VERIFY(!ColorPanelDelegate::delegate());
+        });
+        swatch->click();
+        after = swatch->backgroundColor();
+        QCoreApplication::exit(3);
     });
     QCOMPARE(QCoreApplication::exec(), 3);
     QVERIFY(before.has_value());
