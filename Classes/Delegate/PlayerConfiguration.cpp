@@ -117,12 +117,10 @@ private:
         if (const QString *text = overrideOf(element)) {
             m_isCertain = m_isCertain && !hasElements(element); // which are not met
             writeValue(text->toStdString(), type);
-        } else if (type == PropertyType::None) {
+        } else if (type == PropertyType::None || (first && Xml::firstChild(element, "item"))) {
             writeChildren(first, true);
         } else if (!first) {
             writeValue(element.value(), type);
-        } else if (Xml::firstChild(element, "item")) {
-            writeChildren(first, true);
         } else {
             m_isCertain = m_isCertain && !hasElements(element);
             writeValue(Xml::text(element).toStdString(), type);

@@ -23,6 +23,7 @@ public:
     void append(char byte)
     {
         reserve(1);
+        Q_ASSERT(m_at);
         *m_at++ = byte;
     }
 

@@ -324,13 +324,12 @@ bool hasOneRoot(const pugi::xml_document &document)
     int roots = 0;
     int types = 0;
     for (const pugi::xml_node &node : document.children()) {
-        if (node.type() == pugi::node_element)
-            ++roots;
-        else if (node.type() == pugi::node_cdata
-                 || (node.type() == pugi::node_pcdata && !isBlank(node.value())))
+        const pugi::xml_node_type type = node.type();
+        const bool isText = type == pugi::node_cdata || (type == pugi::node_pcdata && !isBlank(node.value()));
+        const bool isMisplaced = type == pugi::node_doctype && (roots > 0 || ++types > 1);
+        if (isText || isMisplaced)
             return false;
-        else if (node.type() == pugi::node_doctype && (roots > 0 || ++types > 1))
-            return false;
+        roots += type == pugi::node_element;
     }
     return roots == 1;
 }

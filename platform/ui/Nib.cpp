@@ -163,7 +163,7 @@ QWidget *Nib::instantiate(QWidget *parent)
     return widget;
 }
 
-void Nib::registerMaker(const QString &className, Maker maker)
+void Nib::registerMaker(const QString &className, const Maker &maker)
 {
-    makers().insert(className, std::move(maker));
+    makers().insert(className, maker);
 }

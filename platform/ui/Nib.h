@@ -38,7 +38,7 @@ public:
     }
 
 private:
-    static void registerMaker(const QString &className, Maker maker);
+    static void registerMaker(const QString &className, const Maker &maker);
 
     QByteArray m_data;
     QString m_path;
