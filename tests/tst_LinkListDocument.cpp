@@ -190,6 +190,10 @@ private Q_SLOTS:
     void sizesAreWrittenAsTheyStand();
     void colourThatCannotBeConvertedIsBlack();
     void contentIsEmptiedFirst();
+    void nothingButTheItemsIsLeftInTheContent_data();
+    void nothingButTheItemsIsLeftInTheContent();
+    void textOfAnItemInItsElementAndInANodeIsReplaced();
+    void itemsBeforeTheFirstChangeStayInTheTree();
     void noItemsLeaveNoItems();
     void foreignElementsAndCommentsSurvive();
     void attributesOfExistingElementsSurvive();
@@ -565,6 +569,125 @@ void tst_LinkListDocument::contentIsEmptiedFirst()
         written(extended("<title><x>1</x></title><body><content>text<item><title>old</title></item><!--c-->"
                          "<foreign/><?p i?><![CDATA[d]]></content></body>")),
         extended("<title><x>1</x></title><body><content>" + newItem + "</content></body>"));
+}
+
+// Each row is an item that reads like the new one and is not what a save would write.
+void tst_LinkListDocument::nothingButTheItemsIsLeftInTheContent_data()
+{
+    QTest::addColumn<QByteArray>("item");
+    const auto row = [](const char *name, const char *item) { QTest::newRow(name) << QByteArray(item); };
+    QTest::newRow("as it is written") << newItem;
+    row("none", "");
+    row("text alone", "LT");
+    row("blank CDATA", "<![CDATA[ ]]>");
+    row("comment alone", "<!--c-->");
+    row("instruction", "<?item <link type=\"text\">L</link>?>");
+    row("another name", "<items><link type=\"text\">L</link><title type=\"text\">T</title></items>");
+    row("attribute of the item",
+        "<item a=\"1\"><link type=\"text\">L</link><title type=\"text\">T</title></item>");
+    row("text in front", "<item>x<link type=\"text\">L</link><title type=\"text\">T</title></item>");
+    row("text between", "<item><link type=\"text\">L</link>x<title type=\"text\">T</title></item>");
+    row("text behind", "<item><link type=\"text\">L</link><title type=\"text\">T</title>x</item>");
+    row("comment in front",
+        "<item><!--c--><link type=\"text\">L</link><title type=\"text\">T</title></item>");
+    row("comment between", "<item><link type=\"text\">L</link><!--c--><title type=\"text\">T</title></item>");
+    row("comment behind", "<item><link type=\"text\">L</link><title type=\"text\">T</title><!--c--></item>");
+    row("foreign child in front",
+        "<item><x/><link type=\"text\">L</link><title type=\"text\">T</title></item>");
+    row("foreign child behind",
+        "<item><link type=\"text\">L</link><title type=\"text\">T</title><x>1</x></item>");
+    row("title first", "<item><title type=\"text\">T</title><link type=\"text\">L</link></item>");
+    row("text behind the item", "<item><link type=\"text\">L</link><title type=\"text\">T</title></item>x");
+    row("empty item", "<item/>");
+    const QByteArray type(" type=\"text\"");
+    for (const bool isLink : {true, false}) {
+        const QByteArray name = isLink ? "link" : "title";
+        const QByteArray text = isLink ? "L" : "T";
+        const auto element = [&name](const QByteArray &attributes, const QByteArray &inner) {
+            return '<' + name + attributes + '>' + inner + "</" + name + '>';
+        };
+        const auto leaf = [&](const QByteArray &what, const QByteArray &xml) {
+            const QByteArray item(isLink ? xml + "<title type=\"text\">T</title>"
+                                         : "<link type=\"text\">L</link>" + xml);
+            QTest::newRow((name + ": " + what).constData()) << "<item>" + item + "</item>";
+        };
+        leaf("none", "");
+        leaf("empty", element(type, ""));
+        leaf("two", element(type, text) + element(type, text));
+        leaf("no type", element("", text));
+        leaf("another type", element(" type=\"number\"", text));
+        leaf("another attribute", element(" kind=\"text\"", text));
+        leaf("an attribute more", element(type + " a=\"1\"", text));
+        leaf("an attribute in front", element(" a=\"1\"" + type, text));
+        leaf("CDATA", element(type, "<![CDATA[" + text + "]]>"));
+        leaf("comment behind the text", element(type, text + "<!--c-->"));
+        leaf("comment before the text", element(type, "<!--c-->" + text));
+        leaf("comment that says the text", element(type, "<!--" + text + "-->"));
+        leaf("element that holds the text", element(type, "<b>" + text + "</b>"));
+        leaf("element behind the text", element(type, text + "<b/>"));
+        leaf("element before the text", element(type, "<b/>" + text));
+        leaf("another text", element(type, text + text));
+        leaf("another name", "<other type=\"text\">" + text + "</other>");
+    }
+}
+
+void tst_LinkListDocument::nothingButTheItemsIsLeftInTheContent()
+{
+    QFETCH(QByteArray, item);
+    LinkListSettings settings = someSettings();
+    settings.items = {{QStringLiteral("T"), QStringLiteral("L")}, {QStringLiteral("T"), QStringLiteral("L")}};
+    const auto document = [](const QByteArray &content) {
+        return extended(newTitle
+                        + "<body><fontSize type=\"number\">9</fontSize><color type=\"color\">0xFF8000"
+                          "</color><content>"
+                        + content + "</content></body>");
+    };
+    const QByteArray expected = document(newItem + newItem);
+    // A comment in front makes the parser build another tree of the same document.
+    for (const char *before : {"", "<!--c-->"}) {
+        for (const QByteArray &content : {item, item + newItem, newItem + item, newItem + item + newItem,
+                                          newItem + newItem + item, item + item})
+            QCOMPARE(written(before + document(content), settings), expected);
+        put(at("linklist.xml"), before + document(newItem + item));
+        for (int save = 0; save < 2; ++save) { // the document is read, and kept
+            QCOMPARE(LinkListDocument::save(settings, at("linklist.xml"), QString()), SaveResult::Saved);
+            QCOMPARE(get(at("linklist.xml")), expected);
+        }
+    }
+}
+
+// Of a tree that somebody changed by hand.
+void tst_LinkListDocument::textOfAnItemInItsElementAndInANodeIsReplaced()
+{
+    for (const char *path : {"//item/link", "//item/title"}) {
+        const Xml::ParseResult parsed = Xml::parse(written(full));
+        const pugi::xml_node root = parsed.document->document_element();
+        pugi::xml_node leaf = root.select_node(path).node();
+        const QByteArray text = leaf.value();
+        QVERIFY(!text.isEmpty()); // the element's own is where the parser keeps it
+        QVERIFY(leaf.text().set("x"));
+        leaf.append_child(pugi::node_pcdata).set_value(text.constData());
+        QVERIFY(LinkListDocument::write(root, someSettings()));
+        QCOMPARE(Xml::serialize(root), written(full));
+    }
+}
+
+void tst_LinkListDocument::itemsBeforeTheFirstChangeStayInTheTree()
+{
+    const Xml::ParseResult parsed = Xml::parse(full);
+    const pugi::xml_node root = parsed.document->document_element();
+    const pugi::xml_node content = root.select_node("//body/content").node();
+    const pugi::xml_node first = content.first_child();
+    LinkListSettings settings = fullSettings();
+    settings.items.last().title = QStringLiteral("changed");
+    settings.items.append({QStringLiteral("T"), QStringLiteral("L")});
+    QVERIFY(LinkListDocument::write(root, settings));
+    QVERIFY(content.first_child() == first);
+    QCOMPARE(LinkListDocument::read(root), settings);
+    settings.items = settings.items.first(1);
+    QVERIFY(LinkListDocument::write(root, settings));
+    QVERIFY(content.first_child() == first);
+    QCOMPARE(LinkListDocument::read(root), settings);
 }
 
 void tst_LinkListDocument::noItemsLeaveNoItems()
