@@ -1,6 +1,7 @@
 #include "Classes/Delegate/PluginSettingsInfo.h"
 #include "Classes/Mode/LastDocument.h"
 #include "Classes/Mode/Xml.h"
+#include "linklist/LinkListDocument.h"
 #include "platform/File.h"
 #include "tests/support/Fixtures.h"
 #include "tests/support/TestCase.h"
@@ -11,6 +12,7 @@
 #include <QJsonObject>
 #include <QProcess>
 #include <QRandomGenerator>
+#include <QRegularExpression>
 #include <array>
 #include <cstdio>
 
@@ -100,7 +102,8 @@ QJsonDocument evaluated(const QString &file, QByteArray *problem)
     if (!node.waitForFinished(30'000) || node.exitStatus() != QProcess::NormalExit || node.exitCode() != 0)
         *problem = "node: " + node.errorString().toUtf8() + ' ' + node.readAllStandardError();
     QJsonParseError error;
-    const QByteArray output = node.readAllStandardOutput();
+    // Qt's reader drops a mark that a string begins with.
+    const QByteArray output = node.readAllStandardOutput().replace("\xEF\xBB\xBF", "\\uFEFF");
     const QJsonDocument result = QJsonDocument::fromJson(output, &error);
     if (error.error != QJsonParseError::NoError)
         *problem += "no JSON: " + output;
@@ -128,6 +131,31 @@ QString escapedForScript(QString text)
     text.replace(QLatin1String("&lt;"), QLatin1String("<"));
     text.replace(QLatin1String("&gt;"), QLatin1String(">"));
     return text.replace(QLatin1String("&amp;"), QLatin1String("&"));
+}
+
+// What a reader of the script gets of a text that was typed: the text itself, but for line ends, whole
+// escapes and the three entities.
+QString asRead(const QString &typed)
+{
+    static const QRegularExpression other(
+        QStringLiteral("\r\n|\r|\n|(?:\\\\[uU]|\\$\\{Unicode\\})([0-9A-Fa-f]{4})|&(?:lt|gt|amp);"));
+    QString result;
+    qsizetype at = 0;
+    for (auto match = other.globalMatch(typed); match.hasNext();) {
+        const QRegularExpressionMatch found = match.next();
+        result += typed.mid(at, found.capturedStart() - at);
+        at = found.capturedEnd();
+        const QString text = found.captured();
+        if (found.hasCaptured(1))
+            result += QChar(found.captured(1).toUShort(nullptr, 16));
+        else if (text == QLatin1String("&lt;"))
+            result += u'<';
+        else if (text == QLatin1String("&gt;"))
+            result += u'>';
+        else
+            result += QLatin1String(text == QLatin1String("&amp;") ? "&" : "<br/>");
+    }
+    return result + typed.mid(at);
 }
 
 QString expectedBool(const QString &text)
@@ -368,8 +396,13 @@ private Q_SLOTS:
     void refusedWorkspaceWritesNothing_data();
     void refusedWorkspaceWritesNothing();
 
+    void brokenEscapesBecomeText_data();
+    void brokenEscapesBecomeText();
+    void brokenEscapesOfOtherTypesStay();
+
     void scriptEngineReadsTheWorkedExample();
     void scriptEngineReadsHostileTextsAsTheyAre();
+    void scriptEngineReadsRandomTextsAsTheyWereTyped();
     void scriptEngineReadsThePublishedFileLikeThePreview();
     void tenThousandLinksAreGeneratedWhole();
 
@@ -1069,6 +1102,81 @@ void tst_PlayerConfiguration::refusedWorkspaceWritesNothing()
     QCOMPARE(File::subpaths(m_folder->path()).size(), 2);
 }
 
+void tst_PlayerConfiguration::brokenEscapesBecomeText_data()
+{
+    QTest::addColumn<QByteArray>("xml");
+    QTest::addColumn<QByteArray>("written"); // into the files
+    QTest::addColumn<QByteArray>("escaped"); // by replaceStringForJS
+    const auto row = [](const char *name, const char *xml, const char *inFiles, const char *escaped) {
+        QTest::newRow(name) << QByteArray(xml) << QByteArray(inFiles) << QByteArray(escaped);
+    };
+    row("folder", R"(C:\users)", R"(C:\u005cusers)", R"(C:\users)");
+    row("folder in upper case", R"(C:\Users)", R"(C:\u005cUsers)", R"(C:\users)");
+    row("whole escape", R"(\u00e9\U00E9\uD83D\uDE00)", R"(\u00e9\u00E9\uD83D\uDE00)",
+        R"(\u00e9\u00E9\uD83D\uDE00)");
+    row("whole escape before digits and letters", R"(\u00e9a\u00e9u)", R"(\u00e9a\u00e9u)",
+        R"(\u00e9a\u00e9u)");
+    row("two backslashes", R"(\\users)", R"(\\\u005cusers)", R"(\\\users)");
+    row("three backslashes", R"(\\\users)", R"(\\\\\u005cusers)", R"(\\\\\users)");
+    row("two backslashes before a whole escape", R"(\\u00e9)", R"(\\\u00e9)", R"(\\\u00e9)");
+    row("one after the other", R"(\u\U\u)", R"(\u005cu\u005cU\u005cu)", R"(\u\u\u)");
+    row("before a whole escape", R"(\u\u00e9)", R"(\u005cu\u00e9)", R"(\u\u00e9)");
+    row("no digit", R"(\u)", R"(\u005cu)", R"(\u)");
+    row("three digits", R"(\u00e)", R"(\u005cu00e)", R"(\u00e)");
+    row("three digits and a letter", R"(\u00eg)", R"(\u005cu00eg)", R"(\u00eg)");
+    row("three digits and a blank", R"(\u00e 9)", R"(\u005cu00e 9)", R"(\u00e 9)");
+    row("digits of another script", R"(\u００e９)", R"(\u005cu００e９)", R"(\u００e９)");
+    row("digits in braces", R"(\u{1F600})", R"(\u005cu{1F600})", R"(\u{1F600})");
+    row("line feed among the digits", "\\u00\ne9", R"(\u005cu00<br/>e9)", R"(\u00<br/>e9)");
+    row("entity among the digits", R"(\u00&amp;lt;e9)", R"(\u005cu00<e9)", R"(\u00<e9)");
+    row("quote behind it", R"(\u")", R"(\u005cu\")", R"(\u\")");
+    row("quote and backslash before it", R"("\"\u)", R"(\"\\\"\u005cu)", R"(\"\\\"\u)");
+    row("protection", R"(${Unicode})", R"(\u0024{Unicode})", R"(\u)");
+    row("protection with digits", R"(${Unicode}00e9)", R"(\u00e9)", R"(\u00e9)");
+    row("protection with three digits", R"(${Unicode}00e!)", R"(\u0024{Unicode}00e!)", R"(\u00e!)");
+    row("backslash before a protection", R"(\${Unicode})", R"(\\\u0024{Unicode})", R"(\\\u)");
+    row("backslash before a protection with digits", R"(\${Unicode}00e9)", R"(\\\u00e9)", R"(\\\u00e9)");
+    row("dollar sign before a protection", R"($${Unicode})", R"($\u0024{Unicode})", R"($\u)");
+    row("protection before an escape", R"(${Unicode}\u00e9)", R"(\u0024{Unicode}\u00e9)", R"(\u\u00e9)");
+    row("escape before a protection with digits", R"(\u${Unicode}0041)", R"(\u005cu\u0041)", R"(\u\u0041)");
+    row("protection in other letters", R"(${unicode} ${Unicode)", R"(${unicode} ${Unicode)",
+        R"(${unicode} ${Unicode)");
+    row("whole escape in pieces", R"(\<!--c-->u00<![CDATA[e]]>&#57;)", R"(\u00e9)", R"(\u00e9)");
+    row("broken escape in pieces", R"(&#92;<![CDATA[u]]>sers)", R"(\u005cusers)", R"(\users)");
+    row("backslashes alone", R"(\n\x\)", R"(\\n\\x\\)", R"(\\n\\x\\)");
+}
+
+void tst_PlayerConfiguration::brokenEscapesBecomeText()
+{
+    QFETCH(QByteArray, xml);
+    QFETCH(QByteArray, written);
+    QFETCH(QByteArray, escaped);
+    const QByteArray document = "<info><a type=\"text\">" + xml + "</a></info>";
+    put(at("linklist.xml"), document);
+    put(at("settings.dat"), "10\n20\n30\n40\n25\n2");
+    const QByteArray object = "{\"a\":\"" + written + "\"}";
+    for (int i = 0; i < 2; ++i) { // read afresh, and kept
+        QVERIFY(generate());
+        QCOMPARE(get(at("config.js")), mark + "var config=" + object + ';');
+        QVERIFY(generate(QStringLiteral("files/plugin")));
+        QCOMPARE(unscrambled(get(at("bookPlugin.js"))), "var bookPlugin=" + object + ';');
+    }
+    QCOMPARE(get(at("linklist.xml")), document);
+    // The object alone has the escapes as they stand.
+    QCOMPARE(json(document), "{\"a\":\"" + escaped + "\"}");
+    QCOMPARE(info().jsonFromDocument(document, QString()), "{\"a\":\"" + escaped + "\"}");
+}
+
+void tst_PlayerConfiguration::brokenEscapesOfOtherTypesStay()
+{
+    put(at("linklist.xml"),
+        R"(<info><a type="number">\u</a><b type="color">\u${Unicode}</b><c type="border">\U</c>)"
+        R"(<d type="file">\users</d></info>)");
+    put(at("settings.dat"), "10\n20\n30\n40\n25\n2");
+    QVERIFY(generate());
+    QCOMPARE(get(at("config.js")), mark + R"(var config={"a":\u,"b":"\u${Unicode}","c":"\U","d":"\users"};)");
+}
+
 void tst_PlayerConfiguration::scriptEngineReadsTheWorkedExample()
 {
     put(at("linklist.xml"), linkList);
@@ -1111,6 +1219,68 @@ void tst_PlayerConfiguration::scriptEngineReadsHostileTextsAsTheyAre()
     const QJsonDocument read = evaluated(at("config.js"), &problem);
     QVERIFY2(problem.isEmpty(), problem.constData());
     QCOMPARE(read[QLatin1String("list")].toArray(), expected);
+}
+
+void tst_PlayerConfiguration::scriptEngineReadsRandomTextsAsTheyWereTyped()
+{
+    const QStringList pieces{
+        QStringLiteral("\\"),         QStringLiteral("\\"),     QStringLiteral("\\u"),
+        QStringLiteral("\\U"),        QStringLiteral("u"),      QStringLiteral("U"),
+        QStringLiteral("0"),          QStringLiteral("00"),     QStringLiteral("4"),
+        QStringLiteral("e9"),         QStringLiteral("D8"),     QStringLiteral("fF"),
+        QStringLiteral("g"),          QStringLiteral("\""),     QStringLiteral("'"),
+        QStringLiteral("${Unicode}"), QStringLiteral("$"),      QStringLiteral("{"),
+        QStringLiteral("Unicode}"),   QStringLiteral("}"),      QStringLiteral("\n"),
+        QStringLiteral("\r\n"),       QStringLiteral("&lt;"),   QStringLiteral("&gt;"),
+        QStringLiteral("&amp;"),      QStringLiteral("&"),      QStringLiteral("</script>"),
+        QStringLiteral("<!--"),       QStringLiteral("\u2028"), QStringLiteral("\uFEFF"),
+        QStringLiteral("😀"),          QStringLiteral("日"),     QStringLiteral("users"),
+        QStringLiteral(" "),          QStringLiteral("\t"),     QStringLiteral("`")};
+    constexpr quint32 seed = 45;
+    qInfo("seed %u", seed);
+    QRandomGenerator random(seed);
+    const auto text = [&pieces, &random] {
+        QString result;
+        for (int i = random.bounded(12); i > 0; --i)
+            result += pieces[random.bounded(int(pieces.size()))];
+        return result;
+    };
+    put(at("settings.dat"), "10\n20\n30\n40\n25\n2");
+    for (int round = 0; round < 4; ++round) {
+        LinkListSettings settings;
+        settings.titleContent = text();
+        settings.titleFontSize = settings.bodyFontSize = QStringLiteral("12");
+        for (int i = 0; i < 1000; ++i)
+            settings.items.append({text(), text()});
+        QCOMPARE(LinkListDocument::save(settings, at("linklist.xml"),
+                                        QStringLiteral(LINKLIST_SOURCE_DIR "/Resources/data/linklist.xml")),
+                 LinkListDocument::SaveResult::Saved);
+        const QByteArray document = get(at("linklist.xml"));
+        QVERIFY(generate());
+        QVERIFY(generate(QStringLiteral("files/plugin")));
+        QCOMPARE(get(at("linklist.xml")), document);
+
+        for (const char *file : {"config.js", "bookPlugin.js"}) {
+            QByteArray problem;
+            const QJsonDocument read = evaluated(at(file), &problem);
+            QVERIFY2(problem.isEmpty(), problem.constData());
+            const QJsonValue extended = read[QLatin1String("properties")][QLatin1String("extended")];
+            QCOMPARE(extended[QLatin1String("title")][QLatin1String("content")].toString(),
+                     asRead(*settings.titleContent));
+            const QJsonArray items = extended[QLatin1String("body")][QLatin1String("content")].toArray();
+            QCOMPARE(items.size(), settings.items.size());
+            for (qsizetype i = 0; i < items.size(); ++i) {
+                QCOMPARE(items[i][QLatin1String("title")].toString(), asRead(settings.items[i].title));
+                QCOMPARE(items[i][QLatin1String("link")].toString(), asRead(settings.items[i].link));
+            }
+        }
+        // A book's page reads it as data, which has no tabs in texts.
+        const QByteArray object
+            = get(at("config.js")).mid(mark.size() + qsizetype(strlen("var config="))).chopped(1);
+        QJsonParseError error;
+        QJsonDocument::fromJson(QByteArray(object).replace('\t', ' '), &error);
+        QCOMPARE(error.error, QJsonParseError::NoError);
+    }
 }
 
 void tst_PlayerConfiguration::scriptEngineReadsThePublishedFileLikeThePreview()

@@ -84,7 +84,8 @@ private Q_SLOTS:
     void boxWithoutRoomIsToldInOneLine();
     void hostileTextsStayTextAndReachNoNetwork();
     void scriptReachesNeitherNetworkNorFilesOutside();
-    void backslashUWithoutDigitsIsToldInOneLine();
+    void backslashUWithoutDigitsIsShownAsTyped();
+    void numberThatIsNoneIsToldInOneLine();
     void damagedConfigurationIsToldInOneLine_data();
     void damagedConfigurationIsToldInOneLine();
     void missingConfigurationIsToldInOneLine();
@@ -355,14 +356,26 @@ void tst_PlayerPage::scriptReachesNeitherNetworkNorFilesOutside()
     QVERIFY(!server.hasPendingConnections());
 }
 
-void tst_PlayerPage::backslashUWithoutDigitsIsToldInOneLine()
+void tst_PlayerPage::backslashUWithoutDigitsIsShownAsTyped()
 {
-    const QByteArray before = get(at("workspace/linklist.xml"));
-    put(at("workspace/linklist.xml"), QByteArray(before).replace("Further reading", "C:\\users"));
+    const QByteArray heading = R"(C:\users\Ulla \\u12 ${Unicode} \u{1F600} \u)";
+    put(at("workspace/linklist.xml"), get(at("workspace/linklist.xml")).replace("Further reading", heading));
     PluginSettingsInfo info;
     info.setWorkSpace(at("workspace"));
     info.generateJSConfig(QString());
-    QVERIFY(get(at("workspace/config.js")).contains("C:\\users"));
+    QVERIFY(load());
+    const QJsonObject seen = facts();
+    QCOMPARE(seen[QLatin1String("notice")].toString(), QString());
+    QCOMPARE(seen[QLatin1String("heading")].toString(), QString::fromUtf8(heading));
+}
+
+void tst_PlayerPage::numberThatIsNoneIsToldInOneLine()
+{
+    const QByteArray before = get(at("workspace/linklist.xml"));
+    put(at("workspace/linklist.xml"), QByteArray(before).replace("</fontSize>", "\\users</fontSize>"));
+    PluginSettingsInfo info;
+    info.setWorkSpace(at("workspace"));
+    info.generateJSConfig(QString());
     QTest::ignoreMessage(QtCriticalMsg, QRegularExpression(QStringLiteral("SyntaxError")));
     QVERIFY(load());
     const QJsonObject seen = facts();

@@ -61,10 +61,14 @@ constexpr int deepestOverride = 4; // levels: the root, properties, basic, left
 class JsonWriter
 {
 public:
-    JsonWriter(const QString &workSpace, const QString &relatePath, Overrides overrides = {})
+    using BrokenEscapes = ScriptBuffer::BrokenEscapes;
+
+    JsonWriter(const QString &workSpace, const QString &relatePath, Overrides overrides = {},
+               BrokenEscapes brokenEscapes = BrokenEscapes::Stay)
         : m_workSpace(workSpace)
         , m_relatePath(relatePath)
         , m_overrides(std::move(overrides))
+        , m_brokenEscapes(brokenEscapes)
     {
     }
 
@@ -178,7 +182,7 @@ private:
         switch (type) {
         case PropertyType::Text:
             m_out.append('"');
-            m_out.appendEscaped(text, '"');
+            m_out.appendEscaped(text, '"', m_brokenEscapes);
             m_out.append('"');
             break;
         case PropertyType::Number:
@@ -231,6 +235,7 @@ private:
     const QString &m_workSpace;
     const QString &m_relatePath;
     const Overrides m_overrides;
+    const BrokenEscapes m_brokenEscapes;
 };
 
 // What the player takes when the rectangle file is damaged: a box that can be seen, in the page's left part.
@@ -334,7 +339,8 @@ bool PluginSettingsInfo::generateJSConfig(const QString &relativePath)
 
     const bool isPublished = !relativePath.isEmpty();
     const pugi::xml_node root = draft.parsed.document->document_element();
-    JsonWriter json(m_workSpace, relativePath, overridesOf(root, rect));
+    JsonWriter json(m_workSpace, relativePath, overridesOf(root, rect),
+                    JsonWriter::BrokenEscapes::BecomeText);
     json.out().reserve(bytes->size() + 64); // the text is about as long, and growing would copy it
     json.out().append(isPublished ? "var bookPlugin=" : "\xEF\xBB\xBFvar config=");
     json.write(root);

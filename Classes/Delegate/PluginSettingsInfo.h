@@ -48,11 +48,13 @@ public:
     bool convertPluginToPath(const QString &toPath) const;
 
     // Writes "bookPlugin.js", scrambled, for a plug-in that lies in the relative folder of a book; with a nil
-    // or empty folder "config.js", plain, for the preview. False when there is no document or no rectangle
-    // file, or when the file could not be written.
+    // or empty folder "config.js", plain, for the preview. A text with a "\u" that is no escape, such as
+    // "C:\users", is written so that a reader sees it as it was typed. False when there is no document or no
+    // rectangle file, or when the file could not be written.
     bool generateJSConfig(const QString &relativePath);
 
-    // The element as a member of a script's object, UTF-8. Paths of files are put into the relative folder.
+    // The element as a member of a script's object, UTF-8, its texts by replaceStringForJS. Paths of files
+    // are put into the relative folder.
     QByteArray jsonFromXml(const pugi::xml_node &element, const QString &relatePath) const;
 
     // The same for a whole document given as its file's bytes; nothing when they are none.

@@ -42,8 +42,14 @@ struct Replacement {
     std::string_view with;
 };
 
+bool beginsWithFourDigits(std::string_view text)
+{
+    const std::string_view four = text.substr(0, 4);
+    return four.size() == 4 && four.find_first_not_of("0123456789abcdefABCDEF") == four.npos;
+}
+
 // How the beginning of `rest`, a special byte, is written.
-Replacement replacementFor(std::string_view rest, char quote)
+Replacement replacementFor(std::string_view rest, char quote, ScriptBuffer::BrokenEscapes broken)
 {
     static constexpr auto table = std::to_array<Replacement>({{"\r\n", "<br/>"},
                                                               {"\r", "<br/>"},
@@ -59,15 +65,19 @@ Replacement replacementFor(std::string_view rest, char quote)
     if (byte == "\"" || byte == "'")
         return {byte, byte.front() != quote ? byte : quote == '"' ? "\\\"" : "\\'"};
     for (const Replacement &entry : table) {
-        if (entry.what.front() == byte.front() && rest.starts_with(entry.what))
-            return entry;
+        if (entry.what.front() != byte.front() || !rest.starts_with(entry.what))
+            continue;
+        const bool isBroken = entry.with == "\\u" && !beginsWithFourDigits(rest.substr(entry.what.size()));
+        if (isBroken && broken == ScriptBuffer::BrokenEscapes::BecomeText)
+            return {byte, byte == "$" ? "\\u0024" : "\\u005c"};
+        return entry;
     }
     return {byte, byte};
 }
 
 } // namespace
 
-void ScriptBuffer::appendEscaped(std::string_view utf8, char quote)
+void ScriptBuffer::appendEscaped(std::string_view utf8, char quote, BrokenEscapes broken)
 {
     constexpr qsizetype slack = 64; // more than any replacement
     const char *at = utf8.data();
@@ -87,7 +97,7 @@ void ScriptBuffer::appendEscaped(std::string_view utf8, char quote)
             *out++ = *at++;
         if (at == end)
             break;
-        const Replacement replacement = replacementFor({at, size_t(end - at)}, quote);
+        const Replacement replacement = replacementFor({at, size_t(end - at)}, quote, broken);
         out = std::copy(replacement.with.begin(), replacement.with.end(), out);
         at += replacement.what.size();
         if (m_end - out < end - at + slack) { // always room for the rest as it is and for one replacement

@@ -52,8 +52,15 @@ public:
         m_at = at;
     }
 
+    // Where four hexadecimal digits do not follow, "\u", "\U" and "${Unicode}" are escapes of nothing, which
+    // no script may hold.
+    enum class BrokenEscapes {
+        Stay, // as replaceStringForJS has them
+        BecomeText, // so that the script's reader gets these very characters
+    };
+
     // The text as it must stand between two `quote` characters, by the rules of replaceStringForJS.
-    void appendEscaped(std::string_view utf8, char quote);
+    void appendEscaped(std::string_view utf8, char quote, BrokenEscapes broken = BrokenEscapes::Stay);
 
     // Hands the text out; the buffer is empty afterwards.
     QByteArray take();
