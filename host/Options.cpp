@@ -34,7 +34,8 @@ std::optional<int> Options::read(const QStringList &arguments)
         QStringLiteral("Opens the window, presses OK, and ends: brings a book up to date without a person."));
     const QCommandLineOption geometryOption(
         QStringLiteral("print-geometry"),
-        QStringLiteral("For scripts: writes name, x, y, width and height of each part on the screen."),
+        QStringLiteral(
+            "For scripts: writes name, x, y, width and height of each part and row on the screen."),
         QStringLiteral("FILE"));
     parser.addOptions({help, workspaceOption, languageOption, bundleOption, bookOption, modalOption,
                        smokeOption, publishOption, geometryOption});

@@ -76,12 +76,6 @@ bystander_is_reached() {
     wait_until 5 is_said click $((clicks + 1))
 }
 
-# Screen coordinates of the middle of a row's first cell.
-row_at() {
-    local x y w h
-    read -r x y w h <<<"$(place tableView)"
-    echo $((x + w / 4)) $((y + 18 + 30 * $1 + 15))
-}
 hold() { # hold X Y: presses there and begins to drag
     xdotool mousemove --sync "$1" "$2" mousedown 1
     local step
@@ -142,10 +136,11 @@ mkdir -p "$workspace" "$build/Testing"
 write_document "$workspace/linklist.xml" $letters
 expected=$letters
 start_host "${host_arguments[@]}" || { echo "FAIL  the window did not come up"; cat "$scratch/host.log"; exit 1; }
+grow
 : >"$by"
 start_bystander || { echo "FAIL  the other program's window did not come up"; exit 1; }
 desktop_x=2310 desktop_y=700
-read -r table_x table_y table_w table_h <<<"$(place tableView)"
+read -r table_x table_y table_w _ <<<"$(place tableView)"
 check "the list is what was written" list_is "$expected"
 check "a click on the other window reaches it" bystander_is_reached
 
@@ -236,14 +231,14 @@ write_document "$other/linklist.xml" X Y Z
 other_host=$!
 processes+=("$other_host")
 wait_until 60 grep -qs '^preview loaded' "$scratch/other-geometry"
-window_of() { xdotool search --all --onlyvisible --pid "$1" --name 'Plugin Settings' | head -n 1; }
+read -r other_x other_y other_w _ <<<"$(geometry=$scratch/other-geometry place tableView)"
 left_of() { xdotool getwindowgeometry --shell "$(window_of "$1")" | sed -n 's/^X=//p'; }
 top_of() { xdotool getwindowgeometry --shell "$(window_of "$1")" | sed -n 's/^Y=//p'; }
+other_x=$((other_x - $(left_of "$other_host"))) other_y=$((other_y - $(top_of "$other_host")))
 xdotool windowmove "$(window_of "$other_host")" 0 40
 wait_until 5 eval '[ "$(left_of "$other_host")" -lt 20 ]'
-# Its list stands where this window's does.
-other_x=$((table_x - $(left_of "$host") + $(left_of "$other_host") + table_w / 3))
-other_y=$((table_y - $(top_of "$host") + $(top_of "$other_host") + 60))
+# A place in its list.
+other_x=$((other_x + $(left_of "$other_host") + other_w / 3)) other_y=$((other_y + $(top_of "$other_host") + 60))
 click lblPreview # brings this one's window to the front
 check "the other plug-in window's list is in sight" test "$other_x" -lt "$(left_of "$host")"
 hold_row 1; carry "$other_x" "$other_y"; release

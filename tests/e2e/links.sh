@@ -16,14 +16,15 @@ type_into() { # type_into FIELD TEXT
 }
 in_document() { grep -qF -- "$1" "$workspace/linklist.xml"; }
 is_gone() { ! in_document "$1"; }
-shows() { [ -n "$(place "$1")" ]; }
+is_everywhere() { [ "$(xdotool search --onlyvisible --name '^Color$' get_desktop_for_window 2>/dev/null)" = -1 ]; }
 forget() { sed -i "/^$1 /d" "$geometry"; }
 # before A B: A stands before B in the document.
 before() { awk -v RS='\0' -v a="$1" -v b="$2" '{ exit !(index($0, a) && index($0, a) < index($0, b)) }' "$workspace/linklist.xml"; }
-click_row() { # the list's rows below its header
-    local x y w h
-    read -r x y w h <<<"$(place tableView)"
-    xdotool mousemove --sync $((x + w / 4)) $((y + 24 + 30 * $1 + 15)) click 1
+click_row() {
+    local at
+    at=$(row_at "$1")
+    # shellcheck disable=SC2086 # two words
+    xdotool mousemove --sync $at click 1
 }
 
 add() { # add TITLE LINK WRITTEN-TITLE WRITTEN-LINK
@@ -38,6 +39,7 @@ add() { # add TITLE LINK WRITTEN-TITLE WRITTEN-LINK
 
 start_display
 start_host || { echo "FAIL  the window did not come up"; cat "$scratch/host.log"; exit 1; }
+grow
 mkdir -p "$build/Testing"
 
 add 'Tom & "Jerry"' 'example.com/a b' 'Tom &amp; "Jerry"' 'http://example.com/a%20b'
@@ -47,6 +49,7 @@ import -window root "$build/Testing/links-editor.png"
 
 click btnTitleFontColor
 check "the colour chooser opens" wait_until 10 shows txtColorValue
+check "it stands on every workspace" wait_until 5 is_everywhere
 type_into txtColorValue '0x1E6B52'
 sleep 0.5
 import -window root "$build/Testing/links-chooser.png"

@@ -12,7 +12,6 @@ set -euo pipefail
 way=${2:---managed} log=$scratch/log
 case $way in --managed | --bare) ;; *) echo "$way: --managed or --bare" >&2 && exit 2 ;; esac
 
-shows() { [ -n "$(place "$1")" ]; }
 forget() { sed -i "/^\($1\) /d" "$geometry"; }
 says() { grep -qsxF -- "$1" "$log"; }
 heard() { grep -csE '^(text|click)' "$log" || true; }

@@ -68,12 +68,31 @@ start_host() { # start_host HOST ARGUMENT...
     wait_until 60 grep -qs '^preview loaded' "$geometry"
 }
 
-# The place of a part of the window: its last line counts.
-place() { awk -v name="$1" '$1 == name { line = $2 " " $3 " " $4 " " $5 } END { print line }' "$geometry" 2>/dev/null; }
+# The place of a part of the window, or of a row like tableView[0]: its last line counts; nothing when out of sight.
+place() { awk -v name="$1" '$1 == name { line = NF == 5 ? $2 " " $3 " " $4 " " $5 : "" } END { print line }' "$geometry" 2>/dev/null; }
+shows() { [ -n "$(place "$1")" ]; }
 click() {
     local x y w h
     read -r x y w h <<<"$(place "$1")"
     xdotool mousemove --sync $((x + w / 2)) $((y + h / 2)) click 1
+}
+window_of() { xdotool search --all --onlyvisible --pid "$1" --name 'Plugin Settings' | head -n 1; }
+# Makes the host's window as high as the screen has room for, so that the list shows as many rows as it can.
+grow() {
+    local window width before
+    window=$(window_of "$host")
+    width=$(xdotool getwindowgeometry --shell "$window" | sed -n 's/^WIDTH=//p')
+    before=$(place btnOK)
+    is_elsewhere() { [ "$(place btnOK)" != "$before" ]; }
+    xdotool windowmove "$window" x 30 windowsize "$window" "$width" 880
+    check "the window takes the screen's height" wait_until 10 is_elsewhere
+}
+# In the first cell of one of the list's rows.
+row_at() {
+    local x y w h
+    wait_until 5 shows "tableView[$1]" || { echo "row $1 of the list is out of sight" >&2; exit 1; }
+    read -r x y w h <<<"$(place "tableView[$1]")"
+    echo $((x + w / 4)) $((y + h / 2))
 }
 
 ended() { ! kill -0 "$host" 2>/dev/null; }
@@ -82,6 +101,7 @@ press_ok() {
     local status=0
     click btnOK
     check "OK closes the window" wait_until 20 ended
+    ended || return 0 # it would be waited for without an end
     wait "$host" || status=$?
     check "the host ends with status 0" test "$status" = 0
 }
