@@ -246,6 +246,7 @@ void tst_PluginSettingsDelegate::neverSetWorkspaceIsTheDefaultSaveFolder()
         QCOMPARE(controller->workSpace(),
                  data.filePath(QStringLiteral("Harborlight/quillnest_resource/Plugin/Save/linklist")));
         QVERIFY(File::exists(controller->workSpace() + QStringLiteral("/linklist.xml")));
+        controller->onCancel();
     }
     qunsetenv("XDG_DATA_HOME");
 }
@@ -271,6 +272,7 @@ void tst_PluginSettingsDelegate::titleIsFormattedWithTheFixedName()
     QCOMPARE(shown == QStringLiteral("Plugin Settings - Link List Plugin"), language == QStringLiteral("en"));
     if (!title.isNull())
         QCOMPARE(shown, title);
+    controller->onCancel();
 }
 
 void tst_PluginSettingsDelegate::windowHasNoDefaultButtonAndEscapeLeavesItOpen()
@@ -308,6 +310,7 @@ void tst_PluginSettingsDelegate::setModalModeAfterTheWindowLoadedComesTooLate()
     });
     QVERIFY(modal->isChange());
     QCOMPARE(modal->runModal(), 7);
+    modal->onCancel();
 }
 
 void tst_PluginSettingsDelegate::okPublishesAndStripsTheWorkspace()
@@ -487,11 +490,13 @@ void tst_PluginSettingsDelegate::sessionDeletedInsideTheQuestionIsSafe()
 {
     auto controller = open();
     controller->showWindow();
+    const QString backup = controller->backupSettingPath();
     QPointer<QWidget> window = controller->window();
     QTimer::singleShot(0, this, [&controller] { controller.reset(); });
     window->close();
     QVERIFY(!controller);
     QTRY_VERIFY(!window);
+    QVERIFY(File::removeAll(backup));
 }
 
 void tst_PluginSettingsDelegate::sessionWithoutWindowRemovesItsEmptyBackup()

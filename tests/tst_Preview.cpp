@@ -1,6 +1,7 @@
 // The preview half of PluginSettingsDelegate with a web view that records what it is told.
 #include "Classes/Delegate/PluginSettingsDelegate/PluginSettingsDelegate.h"
 #include "Classes/Mode/Locale.h"
+#include "platform/File.h"
 #include "platform/ui/ModalLoop.h"
 #include "platform/ui/Nib.h"
 #include "platform/ui/RunLoopTimer.h"
@@ -495,6 +496,7 @@ void tst_Preview::sessionDeletedInTheMiddleOfACycleLoadsNoMore()
     auto controller = open();
     controller->showWindow();
     controller->timerRepeat();
+    const QString backup = controller->backupSettingPath();
     const QPointer<RecordingWebView> view = m_view;
     QStringList calls;
     // Inside an event the window outlives its controller for a moment.
@@ -511,6 +513,7 @@ void tst_Preview::sessionDeletedInTheMiddleOfACycleLoadsNoMore()
     });
     loop.exec();
     QVERIFY(!view);
+    QVERIFY(File::removeAll(backup));
 }
 
 void tst_Preview::viewDeletedInTheMiddleOfACycleIsSafe()
