@@ -286,6 +286,7 @@ void tst_LinkListModel::persistentIndexesFollowTheirItems()
 {
     const auto model = makeModel(QStringLiteral("ABCDEFGH"));
     std::vector<QPersistentModelIndex> indexes;
+    indexes.reserve(8);
     for (int row = 0; row < 8; ++row)
         indexes.emplace_back(model->index(row, 0));
     model->moveUp({2, 4, 5, 7});

@@ -58,7 +58,7 @@ void tst_LinkListPlugin::metaDataNamesThePlugIn()
     QCOMPARE(data.value(QLatin1String("version")).toString(), QStringLiteral("1.0.0"));
     QCOMPARE(data.value(QLatin1String("languages")).toArray(),
              (QJsonArray{QStringLiteral("en"), QStringLiteral("de"), QStringLiteral("ja")}));
-    for (const QJsonValue &language : data.value(QLatin1String("languages")).toArray())
+    for (const auto &language : data.value(QLatin1String("languages")).toArray())
         QVERIFY(QFileInfo::exists(bundlePath() + QStringLiteral("/Contents/Resources/") + language.toString()
                                   + QStringLiteral(".lproj/PluginLocale.strings")));
 }

@@ -16,6 +16,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+// A format that is none is given on purpose.
+#pragma GCC diagnostic ignored "-Wformat-security"
+
 using Fixtures::get;
 using Fixtures::put;
 

@@ -706,8 +706,7 @@ void tst_Xml::mutationsAgreeWithAnotherReader()
     const QByteArrayList seeds{
         "<r><a b='1' c=\"2\">x &lt; y</a><!-- c --><?p q?><![CDATA[z]]></r>",
         "<?xml version='1.0'?>\n<r>\n <a>&#233;&#x41;</a>\n <b/>\n</r>\n<!--end-->\n",
-        "<properties><extended><title><content "
-        "type=\"text\">caf\xC3\xA9</content></title></extended></properties>",
+        "<properties><extended><title type=\"text\">caf\xC3\xA9</title></extended></properties>",
         "<b y='&quot;' z='>'>]] &amp; <c></c >\xF0\x9F\x98\x80</b>",
         "<!DOCTYPE r [<!ELEMENT r ANY><!--c-->]><r>x<s/></r>",
     };
