@@ -1,6 +1,7 @@
 #include "tests/support/TestCase.h"
 
 #include <QRegularExpression>
+#include <utility>
 
 void TestCase::init()
 {
@@ -10,4 +11,19 @@ void TestCase::init()
         QStringLiteral("^(?!This plugin does not support (propagateSizeHints|raise|lower)\\(\\)"
                        "|.*non-JS module files deprecated)"));
     QTest::failOnWarning(unexpected);
+
+    if (std::exchange(m_areLoopsEnded, false)) {
+        // Others run again only once the application's own has.
+        QTimer::singleShot(0, this, [] { QCoreApplication::exit(); });
+        QCoreApplication::exec();
+    }
+    if (!m_failureWatch.isActive()) {
+        m_failureWatch.callOnTimeout(this, [this] {
+            if (!QTest::currentTestFailed())
+                return;
+            m_areLoopsEnded = true;
+            QCoreApplication::exit();
+        });
+        m_failureWatch.start(100);
+    }
 }

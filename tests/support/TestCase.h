@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QObject>
 #include <QTest>
+#include <QTimer>
 
 // How long a test waits for what must come, in milliseconds; never spent when all is well. The five seconds
 // that these take by themselves are short on a busy machine.
@@ -14,14 +15,19 @@ constexpr int waitLimit = 30'000;
 #define QTRY_COMPARE(actual, expected) QTRY_COMPARE_WITH_TIMEOUT(actual, expected, waitLimit)
 
 // The base of every test class: a test function fails on any Qt warning that it did not announce with
-// QTest::ignoreMessage and that is not on the short list of allowed ones in TestCase.cpp. A class with an
-// init() of its own calls TestCase::init() first.
+// QTest::ignoreMessage and that is not on the short list of allowed ones in TestCase.cpp. Once a function has
+// failed, its event loops end at once: an alert that nobody answers any more keeps no program waiting. A
+// class with an init() of its own calls TestCase::init() first.
 class TestCase : public QObject
 {
     Q_OBJECT
 
 protected Q_SLOTS:
     void init();
+
+private:
+    QTimer m_failureWatch;
+    bool m_areLoopsEnded = false;
 };
 
 // main() of a test program without and with widgets. Widget tests run on the platform that QT_QPA_PLATFORM
