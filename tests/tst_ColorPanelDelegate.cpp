@@ -153,6 +153,7 @@ private Q_SLOTS:
     void chooserDeletedWhileOpenLeavesThePanel();
     void attachedPanelEndsWithTheCloseMode();
     void standsAboveTheOpenersWindow();
+    void hasItsSizeWhenItIsPlaced();
     void otherLoopsAreNotStopped();
 };
 
@@ -856,6 +857,18 @@ void tst_ColorPanelDelegate::standsAboveTheOpenersWindow()
         chooser->onCancel();
         QCOMPARE(panel->transientParent(), nullptr);
     });
+}
+
+void tst_ColorPanelDelegate::hasItsSizeWhenItIsPlaced()
+{
+    delete ColorPanelDelegate().colorPanel();
+    Opener opener;
+    opener.show();
+    ColorPanelDelegate chooser;
+    chooser.setOwer(&opener);
+    const QSize size = chooser.window()->size();
+    chooser.window()->show();
+    QCOMPARE(chooser.window()->size(), size);
 }
 
 void tst_ColorPanelDelegate::otherLoopsAreNotStopped()

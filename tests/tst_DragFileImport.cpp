@@ -173,6 +173,7 @@ private Q_SLOTS:
     void clicksPassAgainAfterADrag_data();
     void clicksPassAgainAfterADrag();
     void dragThatEndsUntoldBlocksNoMouse();
+    void dragOverAnotherWindowBlocksNoMouse();
 
     void frameIsDrawnWhileHighlighted();
     void viewIsTransparent();
@@ -803,6 +804,19 @@ void tst_DragFileImport::dragThatEndsUntoldBlocksNoMouse()
     QCoreApplication::processEvents();
     QVERIFY(!m_view->highlight());
     QTest::mouseClick(window, Qt::LeftButton, Qt::NoModifier, {60, 60});
+    QCOMPARE(m_below->count(QEvent::MouseButtonPress), 1);
+}
+
+void tst_DragFileImport::dragOverAnotherWindowBlocksNoMouse()
+{
+    makeWindow();
+    QWidget other;
+    other.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&other));
+    Drag drag(other);
+    drag.setPaths({at(QStringLiteral("a.jpg"))});
+    drag.enter({5, 5});
+    QTest::mouseClick(m_window->windowHandle(), Qt::LeftButton, Qt::NoModifier, {50, 50});
     QCOMPARE(m_below->count(QEvent::MouseButtonPress), 1);
 }
 

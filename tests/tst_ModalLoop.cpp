@@ -38,6 +38,7 @@ private Q_SLOTS:
     void blocksOtherWindowsWhileItRuns_data();
     void blocksOtherWindowsWhileItRuns();
     void visibleWindowStaysShownAllTheTime();
+    void focusOfABlockedWindowIsPassedOn();
     void modalityIsBackAfterwards();
     void staysModalWhenItsNativeWindowIsMadeAnew_data();
     void staysModalWhenItsNativeWindowIsMadeAnew();
@@ -166,6 +167,20 @@ void tst_ModalLoop::visibleWindowStaysShownAllTheTime()
     QVERIFY(window.isVisible());
 }
 
+void tst_ModalLoop::focusOfABlockedWindowIsPassedOn()
+{
+    QWidget window;
+    window.show();
+    later([&] {
+        QWindow *blocker = window.windowHandle()->transientParent();
+        QVERIFY(blocker);
+        blocker->requestActivate();
+        QTRY_COMPARE(QGuiApplication::focusWindow(), window.windowHandle());
+        ModalLoop::stopModalWithCode(1);
+    });
+    QCOMPARE(ModalLoop::runModalForWindow(&window), 1);
+}
+
 void tst_ModalLoop::modalityIsBackAfterwards()
 {
     for (const bool closes : {true, false}) {
@@ -187,6 +202,13 @@ void tst_ModalLoop::modalityIsBackAfterwards()
     later([] { ModalLoop::stopModalWithCode(1); });
     QCOMPARE(ModalLoop::runModalForWindow(&sheet), 1);
     QCOMPARE(sheet.windowModality(), Qt::WindowModal);
+
+    QWidget modal;
+    modal.setWindowModality(Qt::ApplicationModal);
+    modal.setAttribute(Qt::WA_SetWindowModality, false);
+    later([] { ModalLoop::stopModalWithCode(1); });
+    QCOMPARE(ModalLoop::runModalForWindow(&modal), 1);
+    QVERIFY(!modal.testAttribute(Qt::WA_SetWindowModality));
 }
 
 void tst_ModalLoop::staysModalWhenItsNativeWindowIsMadeAnew_data()

@@ -17,6 +17,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QDir>
+#include <QEventLoop>
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QMimeData>
@@ -68,6 +69,7 @@ private Q_SLOTS:
     void workspaceStaysOnceTheWindowIsLoaded();
     void buttonsOfAnEndedSessionCloseTheWindow();
     void closeDoesItsWorkWhateverIsCloseBundleWasSetTo();
+    void viewsForgetTheSessionThatGoes();
     void closedSessionWritesNothing_data();
     void closedSessionWritesNothing();
     void nothingIsWrittenWhileTheCloseIsHeldBack();
@@ -570,6 +572,23 @@ void tst_PluginSettingsDelegate::closeDoesItsWorkWhateverIsCloseBundleWasSetTo()
     QVERIFY(!m_wasAsked);
     QVERIFY(!controller->isCloseBundle());
     QCOMPARE(Fixtures::tree(m_bundle->workSpace()), before);
+}
+
+// The window of a session that goes within an event goes after that.
+void tst_PluginSettingsDelegate::viewsForgetTheSessionThatGoes()
+{
+    auto controller = open();
+    const QPointer<PositionView> position(controller->positionView());
+    const QPointer<PrivateView> list(controller->privateView());
+    QEventLoop loop;
+    QTimer::singleShot(0, &loop, [&] {
+        controller.reset();
+        QVERIFY(position && list);
+        QCOMPARE(position->ower(), nullptr);
+        QCOMPARE(list->ower(), nullptr);
+        loop.quit();
+    });
+    loop.exec();
 }
 
 void tst_PluginSettingsDelegate::closedSessionWritesNothing_data()

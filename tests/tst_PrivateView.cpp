@@ -117,6 +117,7 @@ private Q_SLOTS:
     void colorChosenAfterEditingEndedIsNotSaved();
     void applicationThatEndsEndsTheChooser();
     void chooserAsksBeforeTheApplicationQuits();
+    void chooserStaysWhenOthersStopItsLoop();
     void editorMayGoWhileTheChooserIsOpen();
 
 private:
@@ -1177,6 +1178,19 @@ void tst_PrivateView::chooserAsksBeforeTheApplicationQuits()
     QVERIFY(!ModalLoop::isRunning());
     QVERIFY(!ColorPanelDelegate::delegate());
     QCOMPARE(m_owner.saves, 0);
+}
+
+void tst_PrivateView::chooserStaysWhenOthersStopItsLoop()
+{
+    choose("00ff00", "none", [this] {
+        ModalLoop::stopModalWithCode(7);
+        choose("0000ff", "btnColorChoose");
+    });
+    auto *swatch = part<ColorButtonCell>("btnBodyFontColor");
+    swatch->click();
+    QCOMPARE(MyColorOper::colorToHexRGB(swatch->backgroundColor().value_or(Color())),
+             QStringLiteral("0x0000FF"));
+    QCOMPARE(m_owner.saves, 1);
 }
 
 void tst_PrivateView::editorMayGoWhileTheChooserIsOpen()
