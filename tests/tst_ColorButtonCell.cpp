@@ -3,6 +3,7 @@
 
 #include <QApplication>
 #include <QDateTime>
+#include <QPainter>
 #include <cmath>
 
 class tst_ColorButtonCell : public TestCase
@@ -76,6 +77,17 @@ void tst_ColorButtonCell::outlineIsLightGreyAndRound()
         QCOMPARE(image.pixelColor(point), QColor(Qt::lightGray));
     QCOMPARE(image.pixelColor(20, 2), QColor(Qt::blue));
     QVERIFY(image.pixelColor(0, 0) != QColor(Qt::lightGray));
+
+    QWidget ground;
+    ground.resize(cell.size());
+    QPixmap expected = ground.grab();
+    QPainter painter(&expected);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Qt::lightGray, 2));
+    painter.setBrush(Qt::blue);
+    painter.drawRoundedRect(QRectF(1, 1, 38, 22), 2, 2);
+    painter.end();
+    QCOMPARE(image, expected.toImage());
 }
 
 void tst_ColorButtonCell::titleHasTheTextColor()

@@ -215,6 +215,7 @@ void tst_EditFrame::frameSmallerThanFifteenIsEnlargedAtCreation()
     QFETCH(QRectF, expected);
     const EditFrame frame(given);
     COMPARE_RECT(frame.frame(), expected);
+    QCOMPARE(frame.areas(), framed(expected).areas());
 }
 
 void tst_EditFrame::setFrameTakesTheRectangleAndLeavesTheAreas()

@@ -149,6 +149,7 @@ void tst_Stepper::isJustTheArrows()
     QVERIFY(stepper.sizeHint().width() > 8);
     QVERIFY(stepper.sizeHint().width() < whole.sizeHint().width());
     QCOMPARE(stepper.width(), stepper.sizeHint().width());
+    QCOMPARE(stepper.minimumSizeHint(), stepper.sizeHint());
 }
 
 void tst_Stepper::assistiveToolsReadValueAndRange()
