@@ -33,6 +33,7 @@ private Q_SLOTS:
     void loadsAPageAndTheScriptBesideIt();
     void readsLocalFilesOfItsOwnFolderOnly();
     void missingPageIsAFailedLoad();
+    void stoppedLoadIsAFailedOne();
     void letsTheViewBlankItself();
     void refusesToLeaveForTheWeb();
     void opensNoWindow();
@@ -128,6 +129,16 @@ void tst_WebView::missingPageIsAFailedLoad()
 {
     WebView view;
     QCOMPARE(load(view, at("none.html")), 0);
+}
+
+void tst_WebView::stoppedLoadIsAFailedOne()
+{
+    put(at("one.html").toLocalFile(), "<title>one</title>");
+    put(at("two.html").toLocalFile(), "<title>two</title>");
+    WebView view;
+    QCOMPARE(load(view, at("one.html")), 1);
+    connect(engineView(view)->page(), &QWebEnginePage::loadStarted, &view, [&view] { view.stopLoading(); });
+    QCOMPARE(load(view, at("two.html")), 0);
 }
 
 void tst_WebView::letsTheViewBlankItself()
