@@ -816,6 +816,7 @@ void tst_DragFileImport::dragOverAnotherWindowBlocksNoMouse()
     Drag drag(other);
     drag.setPaths({at(QStringLiteral("a.jpg"))});
     drag.enter({5, 5});
+    QCOMPARE(m_window->childAt(50, 50), m_below);
     QTest::mouseClick(m_window->windowHandle(), Qt::LeftButton, Qt::NoModifier, {50, 50});
     QCOMPARE(m_below->count(QEvent::MouseButtonPress), 1);
 }
