@@ -246,7 +246,7 @@ void tst_Preview::closedWindowTicksNoMore()
 
 void tst_Preview::refreshHidesStopsShowsBlanksAndOwesAReload()
 {
-    const auto controller = open();
+    const auto controller = open(true); // whose timer waits for a loop of its own
     controller->refreshPreview();
     QCOMPARE(m_view->calls,
              (QStringList{QStringLiteral("hide"), QStringLiteral("stop"), QStringLiteral("show"),
