@@ -114,7 +114,7 @@ void tst_Session::init()
 
 void tst_Session::cleanup()
 {
-    QCOMPARE(m_surroundings.backups(), QStringList());
+    QCOMPARE(m_surroundings.removeBackups(), QStringList());
     QVERIFY(!QApplication::activeModalWidget());
 }
 
@@ -295,8 +295,9 @@ void tst_Session::previewIsLoadedAndFollowsAnEdit()
     QSignalSpy finished(preview, SIGNAL(loadFinished(bool)));
     QVERIFY(finished.isValid());
     session->showWindow();
-    QTRY_VERIFY_WITH_TIMEOUT(!finished.isEmpty(), loadTimeout);
-    QCOMPARE(finished.last().first().toBool(), true);
+    // A refresh that the next one overtakes ends as a failed load.
+    const auto isLoaded = [&finished] { return !finished.isEmpty() && finished.last().first().toBool(); };
+    QTRY_VERIFY_WITH_TIMEOUT(isLoaded(), loadTimeout);
     const auto picture = [preview] { return preview->grab().toImage(); };
     // The page is painted some time after it is loaded; then it stands still.
     QImage before;
@@ -307,8 +308,7 @@ void tst_Session::previewIsLoadedAndFollowsAnEdit()
     type(*session, "txtLeft", "0");
     paste(*session, "txtTitleContent", QStringLiteral("MMMMMMMM"));
     type(*session, "txtTitleFontSize", "99");
-    QTRY_VERIFY_WITH_TIMEOUT(!finished.isEmpty(), loadTimeout);
-    QCOMPARE(finished.last().first().toBool(), true);
+    QTRY_VERIFY_WITH_TIMEOUT(isLoaded(), loadTimeout);
     QTRY_VERIFY_WITH_TIMEOUT(picture() != before, loadTimeout);
     click(*session, "btnCancel");
 }

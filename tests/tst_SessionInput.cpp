@@ -103,7 +103,7 @@ void tst_SessionInput::cleanup()
 {
     QCOMPARE(outside(), m_outsideBefore);
     QCOMPARE(tree(m_surroundings.dataFolder()).keys(), QStringList());
-    QCOMPARE(m_surroundings.backups(), QStringList());
+    QCOMPARE(m_surroundings.removeBackups(), QStringList());
     QVERIFY(!QApplication::activeModalWidget());
 }
 

@@ -146,6 +146,14 @@ QStringList Surroundings::backups() const
     return QDir(temporaryFolder()).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot).filter(stamp);
 }
 
+QStringList Surroundings::removeBackups() const
+{
+    const QStringList names = backups();
+    for (const QString &name : names)
+        QDir(temporaryFolder() + u'/' + name).removeRecursively();
+    return names;
+}
+
 bool startEngine()
 {
     const QTemporaryDir folder;

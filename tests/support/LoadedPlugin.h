@@ -50,6 +50,8 @@ public:
     QString dataFolder() const { return m_folder.filePath(QStringLiteral("data")); }
     // The backups of sessions that are in the temporary folder.
     QStringList backups() const;
+    // Deletes them and answers their names: what a test that failed has left fails no other one.
+    QStringList removeBackups() const;
 
 private:
     QTemporaryDir m_folder;
