@@ -580,6 +580,7 @@ void tst_PluginSettingsDelegate::viewsForgetTheSessionThatGoes()
     auto controller = open();
     const QPointer<PositionView> position(controller->positionView());
     const QPointer<PrivateView> list(controller->privateView());
+    controller->clearBackupSettings(); // which a dropped session keeps
     QEventLoop loop;
     QTimer::singleShot(0, &loop, [&] {
         controller.reset();
