@@ -19,8 +19,10 @@ class Renewed : public QWidget
 public:
     void makeAnew()
     {
+        const bool wasVisible = isVisible();
         destroy();
         create();
+        setVisible(wasVisible); // some versions hide it
     }
 };
 
