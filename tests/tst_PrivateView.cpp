@@ -130,6 +130,7 @@ private:
     void answer(const char *choice);
     // Types into the chooser that the next modal session shows, calls `look` and presses the button.
     void choose(const char *hex, const char *button, const std::function<void()> &look = {});
+    void endWithTheChooserOpen(const char *button, const std::function<void()> &end);
     // What was queued for after the event.
     static void settle() { QCoreApplication::processEvents(); }
 
@@ -1141,40 +1142,14 @@ void tst_PrivateView::colorChosenAfterEditingEndedIsNotSaved()
     QVERIFY(!ModalLoop::isRunning());
 }
 
-void tst_PrivateView::applicationThatEndsEndsTheChooser()
+// The application ends while the chooser is open, as `end` does it: nothing was chosen.
+void tst_PrivateView::endWithTheChooserOpen(const char *button, const std::function<void()> &end)
 {
     auto *swatch = part<ColorButtonCell>("btnBodyFontColor");
     const auto before = swatch->backgroundColor();
     std::optional<Color> after;
     QTimer::singleShot(0, this, [&] {
-        choose("00ff00", "none", [] { QCoreApplication::exit(3); });
-        swatch->click();
-        after = swatch->backgroundColor();
-    });
-    QCOMPARE(QCoreApplication::exec(), 3);
-    QVERIFY(before.has_value());
-    QCOMPARE(after, before);
-    QVERIFY(!ModalLoop::isRunning());
-    QVERIFY(!ColorPanelDelegate::delegate());
-    QCOMPARE(m_owner.saves, 0);
-}
-
-// Quitting closes the windows first, and the chooser asks as at its title bar's close.
-void tst_PrivateView::chooserAsksBeforeTheApplicationQuits()
-{
-    auto *swatch = part<ColorButtonCell>("btnBodyFontColor");
-    const auto before = swatch->backgroundColor();
-    std::optional<Color> after;
-    QTimer::singleShot(0, this, [&] {
-        choose("00ff00", "btnColorCancel", [] {
-            QCoreApplication::quit();
-            QVERIFY(ColorPanelDelegate::delegate());
-            const QWidget *panel = ColorPanelDelegate::delegate()->window();
-            QAbstractButton *cancel = nullptr;
-            QTRY_VERIFY((cancel = panel->findChild<QAbstractButton *>(QStringLiteral("btnAlertSecond"))));
-            cancel->click();
-            QTRY_VERIFY(!ColorPanelDelegate::delegate());
-        });
+        choose("00ff00", button, end);
         swatch->click();
         after = swatch->backgroundColor();
         QCoreApplication::exit(3);
@@ -1185,6 +1160,25 @@ void tst_PrivateView::chooserAsksBeforeTheApplicationQuits()
     QVERIFY(!ModalLoop::isRunning());
     QVERIFY(!ColorPanelDelegate::delegate());
     QCOMPARE(m_owner.saves, 0);
+}
+
+void tst_PrivateView::applicationThatEndsEndsTheChooser()
+{
+    endWithTheChooserOpen("none", [] { QCoreApplication::exit(3); });
+}
+
+// Quitting closes the windows first, and the chooser asks as at its title bar's close.
+void tst_PrivateView::chooserAsksBeforeTheApplicationQuits()
+{
+    endWithTheChooserOpen("btnColorCancel", [] {
+        QCoreApplication::quit();
+        QVERIFY(ColorPanelDelegate::delegate());
+        const QWidget *panel = ColorPanelDelegate::delegate()->window();
+        QAbstractButton *cancel = nullptr;
+        QTRY_VERIFY((cancel = panel->findChild<QAbstractButton *>(QStringLiteral("btnAlertSecond"))));
+        cancel->click();
+        QTRY_VERIFY(!ColorPanelDelegate::delegate());
+    });
 }
 
 void tst_PrivateView::chooserStaysWhenOthersStopItsLoop()
